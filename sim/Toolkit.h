@@ -1,0 +1,21 @@
+// Process set-up shared by the application framework and the UI tests.
+#pragma once
+
+#include <string>
+
+namespace tvsim {
+
+// Before elm_init: UTF-8 locale, gettext bound to the application's catalogues in
+// the language of the language setting, and the start-up calls that keep EFL
+// from looking for a session bus, systemd and its icon cache daemon.
+void PrepareToolkitEnvironment();
+
+// After elm_init, before the first widget: adds the platform theme extension with
+// the toolkit styles the application asks for by name. False (and one ERR line
+// naming the path) when the theme is missing.
+bool AddPlatformTheme();
+
+// The compiled platform theme (TVSIM_PLATFORM_THEME overrides the built-in path).
+std::string PlatformThemePath();
+
+}  // namespace tvsim
