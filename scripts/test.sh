@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Builds and runs every test. No display needed: UI tests use the buffer engine
+# or start their own Xvfb.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${BUILD_DIR:-$root/build}
+"$root/scripts/setup.sh" "$build" -DTV_WERROR=ON
+ctest --test-dir "$build" --output-on-failure -j"$(nproc)" --timeout 300
