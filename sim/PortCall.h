@@ -1,0 +1,97 @@
+// The boundary of every port function: opens the platform's database, applies
+// the fault that hits this call, runs the operation, records the call with its
+// arguments, outputs and result, and lets no exception out.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "Faults.h"
+#include "Platform.h"
+#include "Records.h"
+
+namespace tvsim {
+
+// One line on stderr for a failure inside the simulator (database error, bug).
+void ReportPortError(const char* op, const char* what);
+
+// What an operation's body gets: the database, the fault that hit (null, no_table
+// or no_attribute effects; a result fault never reaches the body) and a place
+// for the outputs worth recording.
+struct PortContext {
+  Store& store;
+  const std::optional<Fault>& fault;
+  nlohmann::json out;
+};
+
+template <typename R>
+R FaultResult(int64_t value) {
+  if constexpr (std::is_same_v<R, bool>) {
+    return value != 0;
+  } else if constexpr (std::is_same_v<R, std::string>) {
+    return std::string();  // a string operation under a result fault answers nothing
+  } else if constexpr (std::is_pointer_v<R>) {
+    return nullptr;  // never reached: object operations take "null", not "result"
+  } else {
+    return static_cast<R>(value);
+  }
+}
+
+template <typename R>
+nlohmann::json ResultJson(const R& result) {
+  if constexpr (std::is_pointer_v<R>) {
+    return result ? nlohmann::json("object") : nlohmann::json(nullptr);
+  } else {
+    return result;
+  }
+}
+
+// Runs body(PortContext&) -> R as the port operation op. failure is returned when
+// the database cannot be used or the body throws.
+template <typename R, typename Body>
+R RunPort(const char* op, const nlohmann::json& args, const std::vector<std::string>& targets, R failure,
+          Body&& body) {
+  try {
+    Store* store = PlatformStore();
+    if (store == nullptr) return failure;
+    const std::optional<Fault> fault = TakeFault(*store, op, targets);
+    PortContext context{*store, fault, nullptr};
+    R result = (fault && fault->result) ? FaultResult<R>(*fault->result) : body(context);
+    if (fault) context.out["fault"] = fault->id;
+    RecordCall(*store, op, args, ResultJson(result), context.out);
+    return result;
+  } catch (const std::exception& e) {
+    ReportPortError(op, e.what());
+  } catch (...) {
+    ReportPortError(op, "unknown exception");
+  }
+  return failure;
+}
+
+// For operations that need no TV state (text conversion, templates): they still
+// work when the database cannot be opened, only unrecorded and without faults.
+// body(nlohmann::json& out) -> R.
+template <typename R, typename Body>
+R RunPurePort(const char* op, const nlohmann::json& args, const std::vector<std::string>& targets, R failure,
+              Body&& body) {
+  try {
+    Store* store = PlatformStore();
+    const std::optional<Fault> fault = store ? TakeFault(*store, op, targets) : std::nullopt;
+    nlohmann::json out;
+    R result = (fault && fault->result) ? FaultResult<R>(*fault->result) : body(out);
+    if (fault) out["fault"] = fault->id;
+    if (store) RecordCall(*store, op, args, ResultJson(result), out);
+    return result;
+  } catch (const std::exception& e) {
+    ReportPortError(op, e.what());
+  } catch (...) {
+    ReportPortError(op, "unknown exception");
+  }
+  return failure;
+}
+
+}  // namespace tvsim

@@ -1,0 +1,30 @@
+// What the application did to the TV, with the time of each act: the call log
+// of every port call, tuning-mode changes, KPI events, recorder requests and
+// settings writes. `tvctl show` and tests read them back.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "Store.h"
+#include "TvMode.h"
+
+namespace tvsim {
+
+void RecordCall(Store& store, const std::string& op, const nlohmann::json& args, const nlohmann::json& result,
+                const nlohmann::json& out);
+void RecordTuning(Store& store, int screen, const TvMode& mode);
+void RecordKpiEvent(Store& store, int status, const std::string& event, const std::string& code,
+                    const std::string& desc);
+void RecordRecorderRequest(Store& store, const std::string& op, std::optional<uint64_t> serviceId,
+                           std::optional<std::string> caller);
+void RecordSettingsWrite(Store& store, const std::string& key, const nlohmann::json& value);
+
+// The members "kpi_events", "tuning_changes", "recorder_requests", "settings_writes" and "calls".
+void AddRecordsToJson(Store& store, nlohmann::json& out);
+void ClearRecords(Store& store);  // inside the caller's transaction
+
+}  // namespace tvsim

@@ -1,0 +1,198 @@
+#include "Store.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+
+namespace tvsim {
+
+namespace {
+
+// Schema version 1. Services are indexed by mode and navigation mask so that a
+// count per mode is answered from the index alone.
+const char* const kSchema = R"sql(
+CREATE TABLE screens(screen INTEGER PRIMARY KEY, antenna INTEGER NOT NULL, service INTEGER NOT NULL);
+CREATE TABLE antenna_names(antenna INTEGER NOT NULL, service INTEGER, name TEXT NOT NULL);
+CREATE TABLE number_formats(kind INTEGER PRIMARY KEY, format TEXT NOT NULL);
+CREATE TABLE services(id INTEGER PRIMARY KEY, antenna INTEGER NOT NULL, service INTEGER NOT NULL,
+  major INTEGER NOT NULL, minor INTEGER, kind INTEGER, name TEXT NOT NULL, navigation INTEGER NOT NULL,
+  programme TEXT, current INTEGER NOT NULL DEFAULT 0);
+CREATE INDEX services_by_mode ON services(antenna, service, navigation);
+CREATE INDEX services_by_number ON services(antenna, service, current DESC, major, minor);
+CREATE TABLE profiles(position INTEGER PRIMARY KEY, data TEXT NOT NULL);
+CREATE TABLE settings(key TEXT PRIMARY KEY, type TEXT NOT NULL CHECK(type IN ('int', 'bool', 'string')), value);
+CREATE TABLE recordings(position INTEGER PRIMARY KEY AUTOINCREMENT, service_id INTEGER NOT NULL UNIQUE);
+CREATE TABLE config(key TEXT PRIMARY KEY, value INTEGER NOT NULL);
+CREATE TABLE faults(id INTEGER PRIMARY KEY AUTOINCREMENT, op TEXT NOT NULL, target TEXT, nth INTEGER,
+  result INTEGER, is_null INTEGER NOT NULL DEFAULT 0, no_table INTEGER NOT NULL DEFAULT 0,
+  no_attribute INTEGER, calls INTEGER NOT NULL DEFAULT 0);
+CREATE INDEX faults_by_op ON faults(op);
+CREATE TABLE kpi_events(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pid INTEGER NOT NULL,
+  status INTEGER NOT NULL, event TEXT NOT NULL, code TEXT NOT NULL, desc TEXT NOT NULL);
+CREATE TABLE tuning_changes(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pid INTEGER NOT NULL,
+  screen INTEGER NOT NULL, antenna INTEGER NOT NULL, service INTEGER NOT NULL);
+CREATE TABLE recorder_requests(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pid INTEGER NOT NULL,
+  op TEXT NOT NULL, service_id INTEGER, caller TEXT);
+CREATE TABLE settings_writes(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pid INTEGER NOT NULL,
+  key TEXT NOT NULL, value TEXT NOT NULL);
+CREATE TABLE calls(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pid INTEGER NOT NULL,
+  op TEXT NOT NULL, args TEXT NOT NULL, result TEXT NOT NULL);
+CREATE TABLE recorder_events(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL,
+  event INTEGER NOT NULL, result INTEGER NOT NULL, data TEXT NOT NULL);
+)sql";
+
+void MakeParents(const std::string& path) {
+  for (size_t pos = path.find('/', 1); pos != std::string::npos; pos = path.find('/', pos + 1)) {
+    const std::string dir = path.substr(0, pos);
+    if (mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) return;  // sqlite3_open reports the rest
+  }
+}
+
+void Check(sqlite3* db, int rc, const std::string& what) {
+  if (rc != SQLITE_OK && rc != SQLITE_ROW && rc != SQLITE_DONE) {
+    throw StoreError(what + ": " + (db ? sqlite3_errmsg(db) : sqlite3_errstr(rc)));
+  }
+}
+
+}  // namespace
+
+Statement& Statement::Bind(int index, int64_t value) {
+  Check(m_db, sqlite3_bind_int64(m_stmt, index, value), "bind");
+  return *this;
+}
+
+Statement& Statement::Bind(int index, const std::string& value) {
+  Check(m_db, sqlite3_bind_text(m_stmt, index, value.data(), static_cast<int>(value.size()), SQLITE_TRANSIENT),
+        "bind");
+  return *this;
+}
+
+Statement& Statement::Bind(int index, std::nullptr_t) {
+  Check(m_db, sqlite3_bind_null(m_stmt, index), "bind");
+  return *this;
+}
+
+Statement& Statement::BindOptional(int index, const std::optional<int64_t>& value) {
+  return value ? Bind(index, *value) : Bind(index, nullptr);
+}
+
+Statement& Statement::BindOptional(int index, const std::optional<std::string>& value) {
+  return value ? Bind(index, *value) : Bind(index, nullptr);
+}
+
+bool Statement::Step() {
+  const int rc = sqlite3_step(m_stmt);
+  if (rc == SQLITE_ROW) return true;
+  Check(m_db, rc, "step");
+  return false;
+}
+
+void Statement::Run() {
+  while (Step()) {
+  }
+}
+
+bool Statement::IsNull(int column) const { return sqlite3_column_type(m_stmt, column) == SQLITE_NULL; }
+
+int64_t Statement::Int(int column) const { return sqlite3_column_int64(m_stmt, column); }
+
+std::string Statement::Text(int column) const {
+  const auto* text = sqlite3_column_text(m_stmt, column);
+  const int size = sqlite3_column_bytes(m_stmt, column);
+  return text ? std::string(reinterpret_cast<const char*>(text), static_cast<size_t>(size)) : std::string();
+}
+
+std::optional<int64_t> Statement::OptionalInt(int column) const {
+  if (IsNull(column)) return std::nullopt;
+  return Int(column);
+}
+
+std::optional<std::string> Statement::OptionalText(int column) const {
+  if (IsNull(column)) return std::nullopt;
+  return Text(column);
+}
+
+Store::Store(const std::string& path) : m_path(path) {
+  MakeParents(path);
+  const int rc = sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+  if (rc != SQLITE_OK) {
+    const std::string message = m_db ? sqlite3_errmsg(m_db) : sqlite3_errstr(rc);
+    sqlite3_close(m_db);
+    m_db = nullptr;
+    throw StoreError("cannot open " + path + ": " + message);
+  }
+  try {
+    // The application and tvctl write at the same time: wait for each other's locks.
+    sqlite3_busy_timeout(m_db, 5000);
+    Exec("PRAGMA journal_mode=WAL");
+    Exec("PRAGMA synchronous=NORMAL");
+    Migrate();
+  } catch (...) {
+    sqlite3_close(m_db);
+    m_db = nullptr;
+    throw;
+  }
+}
+
+Store::~Store() {
+  for (auto& entry : m_statements) sqlite3_finalize(entry.second);
+  sqlite3_close(m_db);
+}
+
+void Store::Migrate() {
+  Transaction transaction(*this);
+  auto version = Prepare("PRAGMA user_version");
+  version.Step();
+  const int64_t current = version.Int(0);
+  version.Run();
+  if (current == kSchemaVersion) return;
+  if (current != 0) {
+    throw StoreError(m_path + ": schema version " + std::to_string(current) + " is not " +
+                     std::to_string(kSchemaVersion));
+  }
+  Exec(kSchema);
+  Exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
+  transaction.Commit();
+}
+
+Statement Store::Prepare(const std::string& sql) {
+  auto it = m_statements.find(sql);
+  if (it == m_statements.end()) {
+    sqlite3_stmt* stmt = nullptr;
+    Check(m_db, sqlite3_prepare_v2(m_db, sql.c_str(), -1, &stmt, nullptr), "prepare " + sql);
+    it = m_statements.emplace(sql, stmt).first;
+  }
+  sqlite3_reset(it->second);
+  sqlite3_clear_bindings(it->second);
+  return Statement(m_db, it->second);
+}
+
+void Store::Exec(const std::string& sql) {
+  char* error = nullptr;
+  if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, &error) != SQLITE_OK) {
+    const std::string message = error ? error : "unknown error";
+    sqlite3_free(error);
+    throw StoreError(m_path + ": " + message);
+  }
+}
+
+int64_t Store::DataVersion() {
+  auto statement = Prepare("PRAGMA data_version");
+  statement.Step();
+  const int64_t version = statement.Int(0);
+  statement.Run();
+  return version;
+}
+
+Store::Transaction::Transaction(Store& store) : m_store(store) { m_store.Exec("BEGIN IMMEDIATE"); }
+
+Store::Transaction::~Transaction() {
+  if (!m_bDone) sqlite3_exec(m_store.m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void Store::Transaction::Commit() {
+  m_store.Exec("COMMIT");
+  m_bDone = true;
+}
+
+}  // namespace tvsim

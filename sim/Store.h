@@ -1,0 +1,99 @@
+// The simulated TV's state: one SQLite database file in WAL mode, shared by the
+// running application and tvctl. Every change runs in a transaction.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace tvsim {
+
+// A failure of the database itself (cannot open, corrupt, I/O error).
+class StoreError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A prepared statement owned by the Store's cache, reset when this handle goes.
+class Statement {
+ public:
+  Statement(sqlite3* db, sqlite3_stmt* stmt) : m_db(db), m_stmt(stmt) {}
+  // Resetting at the end of use ends the statement's read transaction, so that
+  // the connection sees other connections' commits at its next read.
+  ~Statement() {
+    if (m_stmt) sqlite3_reset(m_stmt);
+  }
+  Statement(Statement&& other) noexcept : m_db(other.m_db), m_stmt(other.m_stmt) { other.m_stmt = nullptr; }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+  Statement& operator=(Statement&&) = delete;
+
+  Statement& Bind(int index, int64_t value);
+  Statement& Bind(int index, const std::string& value);
+  Statement& Bind(int index, std::nullptr_t);
+  Statement& BindOptional(int index, const std::optional<int64_t>& value);
+  Statement& BindOptional(int index, const std::optional<std::string>& value);
+
+  bool Step();  // true while a row is available
+  void Run();   // steps to the end
+
+  bool IsNull(int column) const;
+  int64_t Int(int column) const;
+  std::string Text(int column) const;
+  std::optional<int64_t> OptionalInt(int column) const;
+  std::optional<std::string> OptionalText(int column) const;
+
+ private:
+  sqlite3* m_db;
+  sqlite3_stmt* m_stmt;
+};
+
+class Store {
+ public:
+  static constexpr int kSchemaVersion = 1;
+
+  // Opens (and creates, with its folder) the database at path.
+  explicit Store(const std::string& path);
+  ~Store();
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+
+  const std::string& Path() const { return m_path; }
+
+  // A cached prepared statement, reset and with its bindings cleared.
+  Statement Prepare(const std::string& sql);
+  void Exec(const std::string& sql);
+
+  // PRAGMA data_version: moves when another connection commits.
+  int64_t DataVersion();
+
+  // One write transaction; rolls back unless Commit() was called.
+  class Transaction {
+   public:
+    explicit Transaction(Store& store);
+    ~Transaction();
+    void Commit();
+
+   private:
+    Store& m_store;
+    bool m_bDone = false;
+  };
+
+ private:
+  void Migrate();
+
+  std::string m_path;
+  sqlite3* m_db = nullptr;
+  std::map<std::string, sqlite3_stmt*> m_statements;
+};
+
+// service ids are unsigned 64-bit; SQLite keeps them as the same bits in a signed integer.
+inline int64_t IdToSql(uint64_t id) { return static_cast<int64_t>(id); }
+inline uint64_t IdFromSql(int64_t value) { return static_cast<uint64_t>(value); }
+
+}  // namespace tvsim

@@ -1,0 +1,211 @@
+// Fault injection hits every call, only the n-th or only one target, with each
+// effect an operation can take; the call log records what happened.
+#include <gtest/gtest.h>
+
+#include "CaProfileService.h"
+#include "ChannelText.h"
+#include "Recorder.h"
+#include "ServiceHub.h"
+#include "Settings.h"
+#include "SimTestUtil.h"
+#include "TempTv.h"
+#include "VirtualChannels.h"
+
+using nlohmann::json;
+
+namespace {
+
+Navigator* Main() {
+  Navigator* navigator = nullptr;
+  ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &navigator);
+  return navigator;
+}
+
+int Count(int antenna, int service) {
+  ServiceQuery query;
+  NavigationQueries::GetNavigationCriteria(NAVIGATION_MODE_ALL, query, NAVIGATION_SORT_MODE_DEFAULT);
+  int count = -1;
+  const int result = Main()->GetServiceCount(query, count, TvMode(AntennaMode(antenna), ServiceMode(service)), 0);
+  return result > 0 ? count : -1000 + result;
+}
+
+int ReadInt(const char* key) {
+  int value = -99;
+  const int result = vconf_get_int(key, &value);
+  return result == 0 ? value : -1000 + result;
+}
+
+ServiceData Find(uint64_t id) {
+  ServiceStore* store = nullptr;
+  ServiceHub::OpenServiceStore(&store);
+  ServiceQuery query;
+  query.Where(ATTR_SERVICE_ID, id);
+  ServiceData data;
+  if (store) store->FindService(query, &data, 1);
+  return data;
+}
+
+}  // namespace
+
+TEST(Faults, HitEveryCallTheNthMatchingCallOrOneTarget) {
+  struct Row {
+    const char* name;
+    json fault;
+    std::function<std::vector<int>()> calls;
+    std::vector<int> expected;
+  };
+  const Row rows[] = {
+      {"every call", {{"op", "vconf_get_int"}, {"result", -5}},
+       [] { return std::vector<int>{ReadInt("db/mls/mls_focus"), ReadInt("db/mls/mls_focus")}; }, {-1005, -1005}},
+      {"only the second call", {{"op", "vconf_get_int"}, {"result", -5}, {"nth", 2}},
+       [] {
+         return std::vector<int>{ReadInt("db/mls/mls_focus"), ReadInt("db/mls/mls_focus"), ReadInt("db/mls/mls_focus")};
+       },
+       {0, -1005, 0}},
+      {"one key", {{"op", "vconf_get_int"}, {"result", -6}, {"target", "memory/mls/state"}},
+       [] { return std::vector<int>{ReadInt("db/mls/mls_focus"), ReadInt("memory/mls/state")}; }, {0, -1006}},
+      {"nth counts only the target's calls", {{"op", "vconf_get_int"}, {"result", -7}, {"nth", 2}, {"target", "memory/mls/state"}},
+       [] {
+         return std::vector<int>{ReadInt("memory/mls/state"), ReadInt("db/mls/mls_focus"), ReadInt("memory/mls/state")};
+       },
+       {0, 0, -1007}},
+      {"one mode", {{"op", "GetServiceCount"}, {"result", 0}, {"target", "2/5"}},
+       [] { return std::vector<int>{Count(2, 3), Count(2, 5)}; }, {3, -1000}},
+      {"system information by its key", {{"op", "system_info_get_value_int"}, {"result", -2}, {"target", "system_info/238"}},
+       [] {
+         int a = -1, b = -1;
+         return std::vector<int>{system_info_get_value_int(SYSTEM_INFO_KEY_TUNER_COUNT, &a), a,
+                                 system_info_get_value_int(SYSTEM_INFO_KEY_RECORDABLE_TUNER_COUNT, &b), b};
+       },
+       {0, 2, -2, -1}},
+      {"one screen's navigator is null", {{"op", "OpenNavigator"}, {"null", true}, {"target", "1"}},
+       [] {
+         Navigator* zero = nullptr;
+         Navigator* one = reinterpret_cast<Navigator*>(0x1);
+         return std::vector<int>{ServiceHub::OpenNavigator(PROFILE_SCREEN, 0, &zero), zero != nullptr,
+                                 ServiceHub::OpenNavigator(PROFILE_SCREEN, 1, &one), one != nullptr};
+       },
+       {0, 1, 0, 0}},
+      {"null store", {{"op", "OpenServiceStore"}, {"null", true}},
+       [] {
+         ServiceStore* store = reinterpret_cast<ServiceStore*>(0x1);
+         return std::vector<int>{ServiceHub::OpenServiceStore(&store), store != nullptr};
+       },
+       {0, 0}},
+      {"null profile service and KPI sink", {{"op", "ProfileServiceInstance"}, {"null", true}},
+       [] {
+         return std::vector<int>{CaProfileService::ProfileServiceInstance() != nullptr,
+                                 VirtualChannels::GetVirtualChannelsAPI() != nullptr};
+       },
+       {0, 1}},
+      {"one profile", {{"op", "GetInstalledOperatorProfiles"}, {"result", 0}, {"target", "302"}},
+       [] {
+         std::list<OperatorProfile> profiles;
+         const bool ok = CaProfileService::ProfileServiceInstance()->GetInstalledOperatorProfiles(profiles, 0);
+         return std::vector<int>{ok, static_cast<int>(profiles.size())};
+       },
+       {0, 0}},
+      {"a record without table", {{"op", "FindService"}, {"no_table", true}, {"target", "7340035"}},
+       [] {
+         return std::vector<int>{Find(7340035).GetAttributeTable() != nullptr,
+                                 Find(7340036).GetAttributeTable() != nullptr};
+       },
+       {0, 1}},
+      {"a record without minor number", {{"op", "FindService"}, {"no_attribute", 14}},
+       [] {
+         ServiceData data = Find(7340035);
+         return std::vector<int>{data.GetAttributeTable()->GetAttribute(ATTR_MINOR_NUMBER) != nullptr,
+                                 data.GetAttributeTable()->GetAttribute(ATTR_MAJOR_NUMBER)->GetUint16()};
+       },
+       {0, 7}},
+      {"a failing text conversion", {{"op", "UnicodeToUtf8Buffer"}, {"result", 0}},
+       [] {
+         const uint16_t text[] = {0x4100, 0x4200};  // "AB", big-endian
+         char out[8] = "zzzzzzz";
+         return std::vector<int>{UnicodeToUtf8Buffer(out, 8, text, 2), out[0]};
+       },
+       {0, 'z'}},
+      {"a refused stop keeps the recording", {{"op", "rec_stop_recording"}, {"result", 3}},
+       [] {
+         uint64_t ids[2] = {0, 0};
+         int count = 0;
+         const int stopped = rec_stop_recording(7340034, 1, "org.norix.epg");
+         rec_get_recording_service_id_list(ids, 16, &count, 0);
+         return std::vector<int>{stopped, count};
+       },
+       {3, 1}},
+      {"a string operation answers nothing", {{"op", "GetChannelTypeString"}, {"result", 0}, {"target", "1/21"}},
+       [] {
+         return std::vector<int>{
+             static_cast<int>(ChannelText::GetChannelTypeString(TvMode(ANTENNA_MODE_0, ServiceMode(21)), CHANNEL_KIND_ANY).size()),
+             static_cast<int>(ChannelText::GetChannelTypeString(TvMode(ANTENNA_MODE_1, ServiceMode(21)), CHANNEL_KIND_ANY).size())};
+       },
+       {3, 0}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    tvtest::TempTv tv;
+    tv.LoadFile("sample.json");
+    tv.AddFault(row.fault);
+    EXPECT_EQ(row.expected, row.calls());
+    tv.ClearFaults();
+  }
+}
+
+TEST(Faults, CountMatchingCallsAndCanBeClearedWhileRunning) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  tv.AddFault({{"op", "GetTvMode"}, {"result", -3}, {"nth", 3}});
+  TvMode mode;
+  EXPECT_EQ(1, Main()->GetTvMode(mode));
+  EXPECT_EQ(1, Main()->GetTvMode(mode));
+  TvMode untouched(ANTENNA_MODE_1, ServiceMode(9));
+  EXPECT_EQ(-3, Main()->GetTvMode(untouched));
+  EXPECT_EQ(TvMode(ANTENNA_MODE_1, ServiceMode(9)), untouched);
+  EXPECT_EQ(1, Main()->GetTvMode(mode));
+  const json faults = tv.Show()["faults"];
+  ASSERT_EQ(1u, faults.size());
+  EXPECT_EQ(4, faults[0]["calls"]);
+
+  tv.AddFault({{"op", "GetTvMode"}, {"result", 0}});
+  EXPECT_EQ(0, Main()->GetTvMode(mode));
+  tv.ClearFaults();
+  EXPECT_EQ(1, Main()->GetTvMode(mode));
+}
+
+TEST(CallLog, RecordsEveryPortCallWithArgumentsOutputsAndResult) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  tv.AddFault({{"op", "vconf_get_bool"}, {"result", -4}});
+  Navigator* navigator = Main();
+  TvMode mode;
+  navigator->GetTvMode(mode);
+  navigator->SetTvMode(TvMode(ANTENNA_MODE_1, ServiceMode(21)), "");
+  int value = 0;
+  vconf_get_int("db/menu/picture/pip/onoff", &value);
+  vconf_get_bool("db/menu/Broadcast/setting/SatelliteSystem/SatelliteAntConnectionType", &value);
+  rec_stop_recording(7340034, 1, "org.norix.epg");
+
+  const json calls = tv.Show()["calls"];
+  std::vector<std::string> ops;
+  for (const json& call : calls) ops.push_back(call["op"]);
+  EXPECT_EQ((std::vector<std::string>{"OpenNavigator", "GetTvMode", "SetTvMode", "vconf_get_int", "vconf_get_bool",
+                                      "rec_stop_recording"}),
+            ops);
+  EXPECT_EQ(json({{"profile", 1}, {"index", 0}}), calls[0]["args"]);
+  EXPECT_EQ(0, calls[0]["result"]);
+  EXPECT_EQ(json({{"antenna", 0}, {"service", 21}}), calls[1]["out"]);
+  EXPECT_EQ(1, calls[1]["result"]);
+  EXPECT_EQ(1, calls[2]["args"]["antenna"]);
+  EXPECT_EQ(21, calls[2]["args"]["service"]);
+  EXPECT_EQ("db/menu/picture/pip/onoff", calls[3]["args"]["key"]);
+  EXPECT_EQ(0, calls[3]["out"]["value"]);
+  EXPECT_EQ(-4, calls[4]["result"]);
+  EXPECT_TRUE(calls[4]["out"].contains("fault"));
+  EXPECT_EQ(7340034u, calls[5]["args"]["service_id"]);
+  EXPECT_EQ("org.norix.epg", calls[5]["args"]["caller"]);
+  for (const json& call : calls) {
+    EXPECT_FALSE(call["time"].get<std::string>().empty());
+    EXPECT_GT(call["pid"].get<int>(), 0);
+  }
+}

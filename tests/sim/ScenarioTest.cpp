@@ -1,0 +1,182 @@
+// Loading scenarios: what is loaded comes back out, what is wrong is refused
+// with file, JSON pointer and problem, and a refused load changes nothing.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+
+#include "Control.h"
+#include "Errors.h"
+#include "ServiceHub.h"
+#include "SimTestUtil.h"
+#include "Store.h"
+#include "TempTv.h"
+
+using nlohmann::json;
+
+namespace {
+
+std::string WriteFile(const tvtest::TempTv& tv, const std::string& name, const std::string& text) {
+  const std::string path = tv.Dir() + "/" + name;
+  std::ofstream(path) << text;
+  return path;
+}
+
+int CountOf(int antenna, int service, int navigation = NAVIGATION_MODE_ALL) {
+  Navigator* navigator = nullptr;
+  if (ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &navigator) != 0 || navigator == nullptr) return -100;
+  ServiceQuery query;
+  if (navigation >= 0) NavigationQueries::GetNavigationCriteria(static_cast<NavigationMode>(navigation), query,
+                                                                NAVIGATION_SORT_MODE_DEFAULT);
+  int count = -1;
+  const TvMode mode(static_cast<AntennaMode>(antenna), static_cast<ServiceMode>(service));
+  return navigator->GetServiceCount(query, count, mode, 0) > 0 ? count : -200;
+}
+
+}  // namespace
+
+TEST(Scenario, WhatIsLoadedComesBackAndLoadsAgainUnchanged) {
+  tvtest::TempTv tv;
+  const json sample = simtest::ReadScenario("sample.json");
+  tvsim::Control control(tv.DbPath());
+  control.Load(sample, "sample.json");
+  const json shown = control.Show(true);
+
+  EXPECT_EQ(sample["tv_mode"], shown["tv_mode"]);
+  EXPECT_EQ(sample["screens"], shown["screens"]);
+  EXPECT_EQ(sample["settings"], shown["settings"]);
+  EXPECT_EQ(sample["profiles"], shown["profiles"]);
+  EXPECT_EQ(sample["recordings"], shown["recordings"]);
+  EXPECT_EQ(sample["number_formats"], shown["number_formats"]);
+  EXPECT_EQ(sample["recorder"], shown["recorder"]);
+  ASSERT_EQ(sample["services"].size(), shown["services"].size());
+  for (const json& service : sample["services"]) {
+    SCOPED_TRACE(service.dump());
+    json expected = service;
+    if (!expected.contains("navigation")) expected["navigation"] = {1};
+    bool found = false;
+    for (const json& got : shown["services"]) found = found || got == expected;
+    EXPECT_TRUE(found);
+  }
+
+  control.Load(shown, "shown");
+  EXPECT_EQ(shown, control.Show(true));
+}
+
+TEST(Scenario, RefusalsNameFilePointerAndProblemAndChangeNothing) {
+  struct Row {
+    const char* name;
+    std::function<void(json&)> spoil;
+    const char* pointer;
+    const char* problem;
+  };
+  const Row rows[] = {
+      {"unknown member", [](json& s) { s["channels"] = json::array(); }, "/channels", "unknown member"},
+      {"unknown nested member", [](json& s) { s["services"][2]["colour"] = "red"; }, "/services/2/colour",
+       "unknown member"},
+      {"wrong type", [](json& s) { s["services"][0]["major"] = "5"; }, "/services/0/major", "expected an integer"},
+      {"out of range", [](json& s) { s["tv_mode"]["antenna"] = 3; }, "/tv_mode/antenna", "out of range"},
+      {"screen 0 is tv_mode", [](json& s) { s["screens"][0]["screen"] = 0; }, "/screens/0/screen", "out of range"},
+      {"duplicate id", [](json& s) { s["services"][1]["id"] = s["services"][0]["id"]; }, "/services/1",
+       "duplicate service id 7340033"},
+      {"id inside a range",
+       [](json& s) {
+         s["service_ranges"] = {{{"antenna", 2}, {"service", 40}, {"first_id", 7340030}, {"count", 10}}};
+       },
+       "/services/0", "duplicate service id 7340033 (also at /service_ranges/0)"},
+      {"numbers past 65535",
+       [](json& s) {
+         s["service_ranges"] = {
+             {{"antenna", 2}, {"service", 40}, {"first_id", 1}, {"count", 10}, {"first_major", 65530}}};
+       },
+       "/service_ranges/0/count", "past 65535"},
+      {"profile missing a field", [](json& s) { s["profiles"][1].erase("logo_path"); }, "/profiles/1",
+       "missing member \"logo_path\""},
+      {"known key of the wrong type", [](json& s) { s["settings"]["system_info/18"] = true; },
+       "/settings/system_info~118", "is a int setting"},
+      {"unknown fault operation", [](json& s) { s["faults"] = {{{"op", "Tune"}, {"result", 1}}}; },
+       "/faults/0/op", "unknown operation"},
+      {"fault with two effects", [](json& s) { s["faults"] = {{{"op", "GetTvMode"}, {"result", 1}, {"nth", 0}}}; },
+       "/faults/0/nth", "out of range"},
+      {"fault without effect", [](json& s) { s["faults"] = {{{"op", "GetTvMode"}}}; }, "/faults/0",
+       "exactly one effect"},
+      {"null for a plain call", [](json& s) { s["faults"] = {{{"op", "GetTvMode"}, {"null", true}}}; },
+       "/faults/0/null", "hands out no object"},
+      {"recording twice", [](json& s) { s["recordings"] = {5, 5}; }, "/recordings/1", "recorded twice"},
+      {"service id 0", [](json& s) { s["recordings"] = {0}; }, "/recordings/0", "not a service id"},
+  };
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  tvsim::Control control(tv.DbPath());
+  const json before = control.Show();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    json scenario = simtest::ReadScenario("sample.json");
+    row.spoil(scenario);
+    const std::string path = WriteFile(tv, "bad.json", scenario.dump());
+    try {
+      control.LoadFile(path);
+      ADD_FAILURE() << "accepted";
+    } catch (const tvsim::ScenarioError& e) {
+      EXPECT_EQ(path, e.File());
+      EXPECT_EQ(row.pointer, e.Pointer());
+      EXPECT_NE(std::string::npos, e.Problem().find(row.problem)) << e.Problem();
+      EXPECT_NE(std::string::npos, std::string(e.what()).find(path)) << e.what();
+    }
+    EXPECT_EQ(before, control.Show());
+  }
+}
+
+TEST(Scenario, FilesThatAreNotScenariosAreRefusedWhole) {
+  tvtest::TempTv tv;
+  tv.LoadFile("one-recording.json");
+  tvsim::Control control(tv.DbPath());
+  const json before = control.Show();
+  const std::string notJson = WriteFile(tv, "broken.json", "{\"tv_mode\": {\"antenna\": 0,");
+  const std::string array = WriteFile(tv, "array.json", "[1, 2]");
+  const std::string missing = tv.Dir() + "/missing.json";
+  for (const std::string& path : {notJson, array, missing}) {
+    SCOPED_TRACE(path);
+    EXPECT_THROW(
+        {
+          try {
+            control.LoadFile(path);
+          } catch (const tvsim::ScenarioError& e) {
+            EXPECT_EQ(path, e.File());
+            EXPECT_EQ("", e.Pointer());
+            throw;
+          }
+        },
+        tvsim::ScenarioError);
+    EXPECT_EQ(before, control.Show());
+  }
+}
+
+TEST(Scenario, GeneratedServiceRangesAreCountedByTheDatabase) {
+  tvtest::TempTv tv;
+  tv.LoadFile("many-services.json");  // 52 satellite service modes of 10,000 services each
+  for (int mode : {1, 2, 19, 27, 52}) {
+    SCOPED_TRACE(mode);
+    EXPECT_EQ(10000, CountOf(2, mode));
+  }
+  EXPECT_EQ(0, CountOf(2, 53));
+  EXPECT_EQ(0, CountOf(0, 21));
+  EXPECT_EQ(0, CountOf(2, 5, 0));  // generated services are listed in navigation mode 1 only
+  EXPECT_EQ(10000, CountOf(2, 5, -1));
+
+  ServiceStore* store = nullptr;
+  ASSERT_EQ(0, ServiceHub::OpenServiceStore(&store));
+  ServiceQuery query;
+  query.Where(ATTR_SERVICE_ID, 5200010000ull);
+  ServiceData data;
+  ASSERT_EQ(1, store->FindService(query, &data, 1));
+  EXPECT_EQ(10000, data.GetAttributeTable()->GetAttribute(ATTR_MAJOR_NUMBER)->GetUint16());
+
+  // The count is one COUNT query answered from the mode index, not a scan.
+  tvsim::Store direct(tv.DbPath());
+  auto plan = direct.Prepare(
+      "EXPLAIN QUERY PLAN SELECT COUNT(*) FROM services WHERE antenna = 2 AND service = 5 AND (navigation & 2) != 0");
+  std::string detail;
+  while (plan.Step()) detail += plan.Text(3) + "\n";
+  EXPECT_NE(std::string::npos, detail.find("COVERING INDEX services_by_mode")) << detail;
+}

@@ -1,0 +1,99 @@
+// Settings change notification: changes made by other connections and other
+// processes arrive on the Ecore main loop, never inside the change itself.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Settings.h"
+#include "SettingsTable.h"
+#include "SettingsWatch.h"
+#include "SimTestUtil.h"
+#include "TempTv.h"
+
+namespace {
+
+const char kZoom[] = "db/menu/system/accessibility/focuszoom";
+const char kPip[] = "db/menu/picture/pip/onoff";
+
+struct Seen {
+  std::vector<std::string> keys;
+};
+
+void Record(keynode_t* node, void* data) { static_cast<Seen*>(data)->keys.push_back(vconf_keynode_get_name(node)); }
+
+struct SelfRemoving {
+  int calls = 0;
+};
+
+void RemoveSelf(keynode_t*, void* data) {
+  ++static_cast<SelfRemoving*>(data)->calls;
+  vconf_ignore_key_changed(kZoom, RemoveSelf);
+}
+
+}  // namespace
+
+TEST(SettingsWatch, ChangesFromAnotherConnectionAndProcessArriveOnTheLoop) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  Seen seen;
+  ASSERT_EQ(0, vconf_notify_key_changed(kZoom, Record, &seen));
+  ASSERT_EQ(0, vconf_notify_key_changed(kPip, Record, &seen));
+
+  tv.Set(kZoom, "1");
+  EXPECT_TRUE(seen.keys.empty());  // never inside the change
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 1; }, 10.0));
+  EXPECT_EQ(kZoom, seen.keys[0]);
+
+  // Another process: tvctl.
+  ASSERT_EQ(0, tv.Run(simtest::Tvctl() + " set " + kPip + " 1"));
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 2; }, 10.0));
+  EXPECT_EQ(kPip, seen.keys[1]);
+
+  // Writing the same value again is no change; the next real change is the next callback.
+  tv.Set(kZoom, "1");
+  tv.Set(kPip, "0");
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() >= 3; }, 10.0));
+  EXPECT_EQ((std::vector<std::string>{kZoom, kPip, kPip}), seen.keys);
+
+  EXPECT_EQ(0, vconf_ignore_key_changed(kZoom, Record));
+  EXPECT_NE(0, vconf_ignore_key_changed(kZoom, Record));  // no longer registered
+  tv.Set(kZoom, "2");
+  tv.Set(kPip, "1");
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() >= 4; }, 10.0));
+  EXPECT_EQ(kPip, seen.keys.back());
+  EXPECT_EQ(0, vconf_ignore_key_changed(kPip, Record));
+}
+
+TEST(SettingsWatch, ACallbackMayUnregisterItselfWhileBeingNotified) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  SelfRemoving once;
+  Seen seen;
+  ASSERT_EQ(0, vconf_notify_key_changed(kZoom, RemoveSelf, &once));
+  ASSERT_EQ(0, vconf_notify_key_changed(kZoom, Record, &seen));
+  tv.Set(kZoom, "1");
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 1; }, 10.0));
+  EXPECT_EQ(1, once.calls);
+  tv.Set(kZoom, "0");
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 2; }, 10.0));
+  EXPECT_EQ(1, once.calls);
+  vconf_ignore_key_changed(kZoom, Record);
+}
+
+TEST(SettingsWatch, SimCodeWatchesAStringKeyUntilItUnwatches) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  std::vector<std::string> languages;
+  const int id = tvsim::WatchSetting("db/menu/system/language", [&](const std::string& key) {
+    const auto value = tvsim::ReadSetting(key);
+    languages.push_back(value ? value->text : "absent");
+  });
+  ASSERT_GT(id, 0);
+  tv.Set("db/menu/system/language", "ar_AE");
+  ASSERT_TRUE(simtest::PumpUntil([&] { return languages.size() == 1; }, 10.0));
+  tv.Run(simtest::Tvctl() + " reset");  // the key goes away: that is a change too
+  ASSERT_TRUE(simtest::PumpUntil([&] { return languages.size() == 2; }, 10.0));
+  EXPECT_EQ((std::vector<std::string>{"ar_AE", "absent"}), languages);
+  tvsim::UnwatchSetting(id);
+}
