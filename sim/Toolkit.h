@@ -12,10 +12,17 @@ void PrepareToolkitEnvironment();
 
 // After elm_init, before the first widget: adds the platform theme extension with
 // the toolkit styles the application asks for by name. False (and one ERR line
-// naming the path) when the theme is missing.
+// naming the path) when the theme is missing. Adding the same theme twice is a no-op.
 bool AddPlatformTheme();
 
 // The compiled platform theme (TVSIM_PLATFORM_THEME overrides the built-in path).
 std::string PlatformThemePath();
+
+// The size of the simulated TV screen: TVSIM_SCREEN=WIDTHxHEIGHT, else 1920x1080.
+struct ScreenSize {
+  int width = 1920;
+  int height = 1080;
+};
+ScreenSize Screen();
 
 }  // namespace tvsim
