@@ -7,7 +7,7 @@ build=${1:-$root/build}
 shift || true
 
 packages=(cmake g++ make pkg-config libefl-all-dev libedje-bin nlohmann-json3-dev libsqlite3-dev
-          libgtest-dev libgmock-dev gettext xvfb xauth xdotool imagemagick fonts-dejavu-core)
+          libgtest-dev libgmock-dev gettext xvfb xauth xdotool imagemagick fonts-dejavu-core jq)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -68,4 +68,9 @@ Evas_Object* GetWindow();
 bool IsEnlarge();
 bool ReverseOSD();
 
+// Test hook only: forgets the cached service mode and recording-support flags,
+// so that the next call reads the platform again as at process start. Nothing
+// else is reset (the window stays). Not for use by the application.
+void ResetCachesForTesting();
+
 }  // namespace Util
