@@ -18,6 +18,9 @@
 #include "Settings.h"
 #include "VirtualChannels.h"
 
+// Logged by each caller itself, so that the line names the function that needed it.
+#define FAILED_OPEN_MSG "ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &m_pNavigator) failed\n"
+
 namespace Util {
 namespace {
 
@@ -41,9 +44,6 @@ constexpr int kRecordingIdBytes = 16;
 const int kServiceIdFetch[] = {12, 51, 13, 14, 15, 2, 3, 1, 16, 63, 23, 25, 24,
                                41, 22, 9, 46, 85, 45, 27, 17, 110, 156, 150, 166, 154};
 const int kCurrentServiceFetch[] = {12, 13, 14, 16, 3, 23, 1, 9, 46, 85, 27, 154};
-
-// Logged by each caller itself, so that the line names the function that needed it.
-#define FAILED_OPEN_MSG "ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &m_pNavigator) failed\n"
 
 // True when the hub reports success; the navigator may still be null.
 bool OpenMainNavigator(Navigator*& navigator) {
