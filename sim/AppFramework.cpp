@@ -110,6 +110,9 @@ int Framework::Run(int argc, char** argv) {
       break;
   }
   tvsim::PrepareToolkitEnvironment();
+  // The TV draws its 1920x1080 screen at toolkit scale 2.0, the scale the
+  // application's themes and text sizes are made for; ELM_SCALE still overrides.
+  setenv("ELM_SCALE", "2.0", 0);
   const int initCount = elm_init(argc, argv);
   if (initCount <= 0) return kErrorToolkit;
   // When a host (the test main) already runs the toolkit, it also added the theme.
