@@ -1,5 +1,8 @@
 #include "Control.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "Errors.h"
 #include "Faults.h"
 #include "RecorderConfig.h"
@@ -114,6 +117,20 @@ void Control::SetPlaying(int64_t playing) {
   Store::Transaction transaction(m_store);
   WritePlaying(m_store, playing);
   transaction.Commit();
+}
+
+int64_t Control::SendRecorderEvent(int32_t event, int32_t result, const std::vector<int32_t>& words) {
+  rec_result sent{};
+  if (words.size() > std::size(sent.data)) {
+    throw UsageError("a recorder event has at most " + std::to_string(std::size(sent.data)) + " further words");
+  }
+  sent.event = event;
+  sent.result = result;
+  std::copy(words.begin(), words.end(), sent.data);
+  Store::Transaction transaction(m_store);
+  const int64_t seq = AddRecorderEvent(m_store, sent);
+  transaction.Commit();
+  return seq;
 }
 
 }  // namespace tvsim

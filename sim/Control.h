@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Store.h"
 
@@ -40,6 +41,9 @@ class Control {
   void StartRecording(uint64_t serviceId);  // throws UsageError when already recording
   void StopRecording(uint64_t serviceId);   // throws UsageError when not recording
   void SetPlaying(int64_t playing);
+  // Sends a recorder event (at most 5 further words) to the running applications'
+  // recorder callbacks; returns its seq. Throws UsageError for more words.
+  int64_t SendRecorderEvent(int32_t event, int32_t result, const std::vector<int32_t>& words = {});
 
   Store& GetStore() { return m_store; }
 

@@ -1,5 +1,11 @@
 #include "RecorderConfig.h"
 
+#include <nlohmann/json.hpp>
+
+#include <iterator>
+
+#include "Environment.h"
+
 namespace tvsim {
 
 namespace {
@@ -57,6 +63,42 @@ bool RemoveRecording(Store& store, uint64_t serviceId) {
   auto changes = store.Prepare("SELECT changes()");
   changes.Step();
   return changes.Int(0) > 0;
+}
+
+int64_t AddRecorderEvent(Store& store, const rec_result& result) {
+  const nlohmann::json words = std::vector<int32_t>(std::begin(result.data), std::end(result.data));
+  store.Prepare("INSERT INTO recorder_events(time, event, result, data) VALUES(?,?,?,?)")
+      .Bind(1, NowText())
+      .Bind(2, result.event)
+      .Bind(3, result.result)
+      .Bind(4, words.dump())
+      .Run();
+  auto id = store.Prepare("SELECT last_insert_rowid()");
+  id.Step();
+  return id.Int(0);
+}
+
+std::vector<RecorderEvent> ReadRecorderEventsAfter(Store& store, int64_t seq) {
+  std::vector<RecorderEvent> events;
+  auto s = store.Prepare("SELECT seq, event, result, data FROM recorder_events WHERE seq > ? ORDER BY seq");
+  for (s.Bind(1, seq); s.Step();) {
+    RecorderEvent event;
+    event.seq = s.Int(0);
+    event.result.event = static_cast<int32_t>(s.Int(1));
+    event.result.result = static_cast<int32_t>(s.Int(2));
+    const auto words = nlohmann::json::parse(s.Text(3), nullptr, false);
+    for (size_t i = 0; words.is_array() && i < words.size() && i < 5; ++i) {
+      if (words[i].is_number_integer()) event.result.data[i] = static_cast<int32_t>(words[i].get<int64_t>());
+    }
+    events.push_back(event);
+  }
+  return events;
+}
+
+int64_t LastRecorderEventSeq(Store& store) {
+  // The counter, not the last row: rows go when the records are cleared.
+  auto s = store.Prepare("SELECT seq FROM sqlite_sequence WHERE name = 'recorder_events'");
+  return s.Step() ? s.Int(0) : 0;
 }
 
 }  // namespace tvsim

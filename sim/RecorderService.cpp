@@ -1,6 +1,8 @@
 // The recorder service of the simulated TV. A stop request is answered later,
 // on the Ecore main loop and never before rec_stop_recording returns, as the
-// scenario's "recorder" member says (delay scaled by TVSIM_TIME_SCALE).
+// scenario's "recorder" member says (delay scaled by TVSIM_TIME_SCALE). Events
+// sent from outside (tvctl recorder-event) are picked up by a poll timer that
+// runs while a callback is registered, and delivered once per process.
 #include <Ecore.h>
 
 #include <algorithm>
@@ -17,6 +19,8 @@ using nlohmann::json;
 using tvsim::PortContext;
 
 constexpr int kFailed = -1;
+// How often a registered process looks for new recorder events (unscaled: a poll, not a delay).
+constexpr double kEventPollSeconds = 0.1;
 
 struct PendingReport {
   Ecore_Timer* timer;
@@ -28,6 +32,9 @@ struct RecorderState {
   void* data = nullptr;
   std::list<PendingReport> pending;
   bool hooked = false;
+  Ecore_Timer* poll = nullptr;
+  int64_t seenEvent = -1;   // events up to this seq are not ours; -1: not known yet
+  int64_t dataVersion = -1;  // of the last look at recorder_events
 };
 
 RecorderState& State() {
@@ -41,10 +48,61 @@ void CancelPending() {
   state.pending.clear();
 }
 
+void StopPolling() {
+  RecorderState& state = State();
+  if (state.poll) ecore_timer_del(state.poll);
+  state.poll = nullptr;
+}
+
 void Forget() {
   CancelPending();
+  StopPolling();
   State().callback = nullptr;
   State().data = nullptr;
+  State().seenEvent = -1;  // the next registration may be on another database
+}
+
+// Events sent before this moment are not for the callback being registered.
+void TakeEventBaseline(tvsim::Store& store) {
+  RecorderState& state = State();
+  state.seenEvent = std::max(state.seenEvent, tvsim::LastRecorderEventSeq(store));
+  state.dataVersion = store.DataVersion();
+}
+
+Eina_Bool PollEvents(void*) {
+  RecorderState& state = State();
+  Ecore_Timer* self = state.poll;
+  try {
+    tvsim::Store* store = tvsim::PlatformStore();
+    if (store != nullptr && state.seenEvent < 0) {
+      TakeEventBaseline(*store);
+    } else if (store != nullptr && store->DataVersion() != state.dataVersion) {
+      state.dataVersion = store->DataVersion();
+      for (const tvsim::RecorderEvent& event : tvsim::ReadRecorderEventsAfter(*store, state.seenEvent)) {
+        if (event.seq <= state.seenEvent) continue;  // a registration inside a callback skips the rest
+        state.seenEvent = event.seq;                  // before the callback: each event once
+        if (state.callback == nullptr) break;
+        state.callback(event.result, state.data);
+      }
+    }
+  } catch (const std::exception& e) {
+    tvsim::ReportPortError("recorder events", e.what());
+  }
+  // The callback may have unregistered (which deleted this timer) or registered anew.
+  if (state.poll != self) return ECORE_CALLBACK_CANCEL;
+  if (state.callback == nullptr) {
+    state.poll = nullptr;
+    return ECORE_CALLBACK_CANCEL;
+  }
+  return ECORE_CALLBACK_RENEW;
+}
+
+void StartPolling(tvsim::Store& store) {
+  RecorderState& state = State();
+  TakeEventBaseline(store);
+  if (state.poll == nullptr && tvsim::EcoreRunning()) {
+    state.poll = ecore_timer_loop_add(kEventPollSeconds, PollEvents, nullptr);
+  }
 }
 
 void EnsureHooked() {
@@ -107,11 +165,12 @@ int rec_service_destroy(void) {
 
 int rec_register_to_other_apps_cb(rec_other_apps_cb callback, void* data) {
   return tvsim::RunPort<int>("rec_register_to_other_apps_cb", {{"callback", callback != nullptr}}, {}, kFailed,
-                             [&](PortContext&) {
+                             [&](PortContext& c) {
                                if (callback == nullptr) return kFailed;
                                EnsureHooked();
                                State().callback = callback;
                                State().data = data;
+                               StartPolling(c.store);
                                return 0;
                              });
 }
@@ -122,6 +181,7 @@ int rec_unregister_to_other_apps_cb(rec_other_apps_cb callback) {
                                if (callback == nullptr || callback != State().callback) return kFailed;
                                State().callback = nullptr;
                                State().data = nullptr;
+                               StopPolling();
                                return 0;
                              });
 }

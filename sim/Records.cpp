@@ -115,6 +115,13 @@ void AddRecordsToJson(Store& store, json& out) {
     calls.push_back(call);
   }
   out["calls"] = calls;
+
+  json events = json::array();
+  for (auto s = store.Prepare("SELECT seq, time, event, result, data FROM recorder_events ORDER BY seq"); s.Step();) {
+    events.push_back({{"seq", s.Int(0)}, {"time", s.Text(1)}, {"event", s.Int(2)}, {"result", s.Int(3)},
+                      {"data", ParseStored(s.Text(4))}});
+  }
+  out["recorder_events"] = events;
 }
 
 void ClearRecords(Store& store) {
@@ -122,7 +129,9 @@ void ClearRecords(Store& store) {
       "DELETE FROM kpi_events; DELETE FROM tuning_changes; DELETE FROM recorder_requests; "
       "DELETE FROM settings_writes; DELETE FROM calls; DELETE FROM recorder_events; "
       "DELETE FROM sqlite_sequence WHERE name IN ('kpi_events', 'tuning_changes', 'recorder_requests', "
-      "'settings_writes', 'calls', 'recorder_events')");
+      "'settings_writes', 'calls')");
+  // recorder_events keeps its counter: running applications know the events
+  // they have seen by seq.
 }
 
 }  // namespace tvsim

@@ -23,7 +23,8 @@ void RecordRecorderRequest(Store& store, const std::string& op, std::optional<ui
                            std::optional<std::string> caller);
 void RecordSettingsWrite(Store& store, const std::string& key, const nlohmann::json& value);
 
-// The members "kpi_events", "tuning_changes", "recorder_requests", "settings_writes" and "calls".
+// The members "kpi_events", "tuning_changes", "recorder_requests", "settings_writes", "calls" and
+// "recorder_events" (sent by tvctl recorder-event).
 void AddRecordsToJson(Store& store, nlohmann::json& out);
 void ClearRecords(Store& store);  // inside the caller's transaction
 

@@ -1,6 +1,7 @@
 #include "Verbs.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <map>
 #include <ostream>
@@ -42,6 +43,12 @@ const std::map<std::string, std::string>& Helps() {
       {"recording",
        "usage: tvctl recording start|stop SERVICE_ID\nStarts or stops a recording on a service.\n"},
       {"playback", "usage: tvctl playback PLAYING\nSets the multimedia playback state (1 playing, 0 not).\n"},
+      {"recorder-event",
+       "usage: tvctl recorder-event EVENT RESULT [WORD...]\n"
+       "Sends a recorder event to the running applications' recorder callbacks: EVENT and RESULT are the\n"
+       "first two words, up to five 32-bit WORDs (-2147483648..4294967295) follow; missing words are 0.\n"
+       "Each application gets it once, on its main loop, if it registered its callback before. Event 1\n"
+       "with result 1 reports a stopped recording. Changes nothing else on the TV.\n"},
   };
   return helps;
 }
@@ -62,6 +69,15 @@ uint64_t ServiceId(const std::string& verb, const std::string& text) {
     throw Usage(verb, "service id \"" + text + "\" is not a number");
   }
   return value;
+}
+
+// A 32-bit word given signed or as its unsigned bits (e.g. half of a service id).
+int32_t Word(const std::string& verb, const std::string& text, const std::string& what) {
+  const long long value = Number(verb, text, what);
+  if (value < INT32_MIN || value > static_cast<long long>(UINT32_MAX)) {
+    throw Usage(verb, what + " \"" + text + "\" is not a 32-bit word");
+  }
+  return static_cast<int32_t>(static_cast<uint32_t>(value));
 }
 
 void Expect(const std::string& verb, const std::vector<std::string>& args, size_t min, size_t max) {
@@ -198,6 +214,11 @@ void RunVerb(const std::string& verb, const std::vector<std::string>& args, cons
     } else {
       throw Usage(verb, "expected start or stop, not \"" + args[0] + "\"");
     }
+  } else if (verb == "recorder-event") {
+    Expect(verb, args, 2, 7);
+    std::vector<int32_t> words;
+    for (size_t i = 2; i < args.size(); ++i) words.push_back(Word(verb, args[i], "word"));
+    control.SendRecorderEvent(Word(verb, args[0], "event"), Word(verb, args[1], "result"), words);
   } else if (verb == "playback") {
     Expect(verb, args, 1, 1);
     control.SetPlaying(Number(verb, args[0], "playback state"));

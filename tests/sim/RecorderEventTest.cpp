@@ -1,0 +1,124 @@
+// Recorder events sent from outside (tvctl recorder-event, Control): they reach
+// the callback registered at the time, on the main loop, each once per process;
+// nothing sent before the registration or after the unregistration arrives, and
+// a process moved to another database hears that database's events.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "Control.h"
+#include "Recorder.h"
+#include "SimTestUtil.h"
+#include "TempTv.h"
+
+namespace {
+
+struct Heard {
+  std::vector<rec_result> events;
+  bool unregisterOnFirst = false;
+};
+
+void OnEvent(rec_result result, void* data) {
+  auto* heard = static_cast<Heard*>(data);
+  heard->events.push_back(result);
+  if (heard->unregisterOnFirst && heard->events.size() == 1) rec_unregister_to_other_apps_cb(OnEvent);
+}
+
+// A second function, so that a fresh registration is told apart from the first.
+void OnEventToo(rec_result result, void* data) { static_cast<Heard*>(data)->events.push_back(result); }
+
+std::vector<int> EventsOf(const Heard& heard) {
+  std::vector<int> events;
+  for (const rec_result& r : heard.events) events.push_back(r.event);
+  return events;
+}
+
+}  // namespace
+
+TEST(RecorderEvent, ReachesTheRegisteredCallbackOnTheLoopOnceWithItsWords) {
+  tvtest::TempTv tv;
+  tv.LoadFile("one-recording.json");
+  Heard heard;
+  ASSERT_EQ(1, rec_service_init());
+  ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEvent, &heard));
+
+  ASSERT_EQ(0, tv.Run(simtest::Tvctl() + " recorder-event 1 1 7 -8 4294967295"));  // another process
+  tvsim::Control(tv.DbPath()).SendRecorderEvent(2, 0, {5});                          // another connection
+  EXPECT_TRUE(heard.events.empty());  // only from the main loop
+  ASSERT_TRUE(simtest::PumpUntil([&] { return heard.events.size() == 2; }, 10.0));
+  EXPECT_EQ(1, heard.events[0].event);
+  EXPECT_EQ(1, heard.events[0].result);
+  const int32_t words[5] = {7, -8, -1, 0, 0};
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(words[i], heard.events[0].data[i]) << "word " << i + 3;
+  EXPECT_EQ(2, heard.events[1].event);
+  EXPECT_EQ(0, heard.events[1].result);
+  EXPECT_EQ(5, heard.events[1].data[0]);
+
+  // A later event comes alone: the first two are not delivered again.
+  tvsim::Control(tv.DbPath()).SendRecorderEvent(3, 1);
+  ASSERT_TRUE(simtest::PumpUntil([&] { return heard.events.size() >= 3; }, 10.0));
+  EXPECT_EQ((std::vector<int>{1, 2, 3}), EventsOf(heard));
+
+  // Loading a scenario clears the records, not the events' numbering.
+  tv.LoadFile("one-recording.json");
+  tvsim::Control(tv.DbPath()).SendRecorderEvent(4, 1);
+  ASSERT_TRUE(simtest::PumpUntil([&] { return heard.events.size() >= 4; }, 10.0));
+  EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), EventsOf(heard));
+  EXPECT_EQ(0, rec_unregister_to_other_apps_cb(OnEvent));
+  rec_service_destroy();
+}
+
+TEST(RecorderEvent, NothingSentBeforeRegistrationOrAfterItEndsArrives) {
+  struct Row {
+    const char* name;
+    void (*end)();
+  };
+  const Row rows[] = {
+      {"unregistered", [] { rec_unregister_to_other_apps_cb(OnEvent); }},
+      {"service destroyed", [] { rec_service_destroy(); }},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    tvtest::TempTv tv;
+    tvsim::Control control(tv.DbPath());
+    Heard first, second;
+    rec_service_init();
+    control.SendRecorderEvent(10, 1);  // before anyone listens
+    ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEvent, &first));
+    control.SendRecorderEvent(11, 1);
+    ASSERT_TRUE(simtest::PumpUntil([&] { return !first.events.empty(); }, 10.0));
+
+    row.end();
+    control.SendRecorderEvent(12, 1);  // nobody listens
+    rec_service_init();
+    ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEventToo, &second));
+    control.SendRecorderEvent(13, 1);
+    // Had 12 been delivered, it would have come before 13.
+    ASSERT_TRUE(simtest::PumpUntil([&] { return !second.events.empty(); }, 10.0));
+    EXPECT_EQ(std::vector<int>{11}, EventsOf(first));
+    EXPECT_EQ(std::vector<int>{13}, EventsOf(second));
+    rec_unregister_to_other_apps_cb(OnEventToo);
+    // The next row's new database numbers its events from 1 again.
+  }
+}
+
+TEST(RecorderEvent, ACallbackMayUnregisterItselfWhileEventsAreWaiting) {
+  tvtest::TempTv tv;
+  tvsim::Control control(tv.DbPath());
+  Heard heard;
+  heard.unregisterOnFirst = true;
+  rec_service_init();
+  ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEvent, &heard));
+  control.SendRecorderEvent(20, 1);
+  control.SendRecorderEvent(21, 1);  // picked up in the same look, after the unregistration
+  ASSERT_TRUE(simtest::PumpUntil([&] { return !heard.events.empty(); }, 10.0));
+
+  Heard witness;
+  ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEventToo, &witness));
+  control.SendRecorderEvent(22, 1);
+  ASSERT_TRUE(simtest::PumpUntil([&] { return !witness.events.empty(); }, 10.0));
+  EXPECT_EQ(std::vector<int>{20}, EventsOf(heard));
+  EXPECT_EQ(std::vector<int>{22}, EventsOf(witness));
+  rec_unregister_to_other_apps_cb(OnEventToo);
+  rec_service_destroy();
+}
