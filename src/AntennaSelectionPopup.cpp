@@ -2,6 +2,7 @@
 
 #include <libintl.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -28,11 +29,55 @@ const char* const kItemStyle = "C_Textitem_WhiteSingleline01";
 const char* const kButtonStyle = "C_ButtonBasic_WhiteText";
 const char* const kItemTextPart = "elm.text";
 const char* const kKeyBack = "XF86Back";
+const char* const kKeyReturn = "Return";
 const int kTimeOutSeconds = 30;
+const int kMsgBoxTimeOutSeconds = 10;
+// The recorder confirms a stop within moments; a report that has not come by
+// then will not come, and the TV must not switch while the recording may run.
+const double kStopReportWaitSeconds = 15.0;
+// The recorder's id list has room for the two recordings a TV can run at once.
+const int kMaxRecordings = 2;
+const char kCallerAppId[] = "org.norix.epg";
 // The source path the trace points report.
 const char* const kTraceFile = "src/AntennaSelectionPopup.cpp";
 
 }  // namespace
+
+// 1 when multimedia playback ran and was stopped, else 0.
+static int StopPlayingMultimedia() {
+  int playing = 0;
+  if (rec_is_playing_multimedia(&playing) != 0) {
+    LOG_ERROR("rec_is_playing_multimedia is failed!\n");
+    return 0;
+  }
+  if (playing != 1) return 0;
+  if (rec_stop_playing_sync(kCallerAppId) != 0) return 0;
+  LOG_INFO("stop playing\n");
+  return 1;
+}
+
+// Stops playback and every listed recording; 0 at the first failure.
+static int StopCurrentRecording() {
+  uint64_t ids[kMaxRecordings] = {0, 0};
+  int nCount = 0;
+  const int eResult = rec_get_recording_service_id_list(ids, static_cast<int>(sizeof(ids)), &nCount, 0);
+  if (eResult != 0) {
+    LOG_ERROR("get recording service id list failed, nCount = %d, eResult = %d\n", nCount, eResult);
+    return 0;
+  }
+  LOG_TRACE("get recording service id list success, nCount = %d, eResult = %d\n", nCount, 0);
+  StopPlayingMultimedia();
+  // The count is what the recorder runs, which may exceed what the list holds.
+  for (int i = 0; i < nCount && i < kMaxRecordings; ++i) {
+    const unsigned long long nId = ids[i];
+    if (rec_stop_recording(ids[i], 1, kCallerAppId) != 0) {
+      LOG_ERROR("stop recording failed , servic id = 0x%llx\n", nId);
+      return 0;
+    }
+    LOG_TRACE("stop recording success , servic id = 0x%llx\n", nId);
+  }
+  return 1;
+}
 
 AntennaSelectionPopup* AntennaSelectionPopup::s_instance = nullptr;
 bool AntennaSelectionPopup::s_bWaitStopRecToChangeAntenna = false;
@@ -46,13 +91,15 @@ AntennaSelectionPopup::AntennaSelectionPopup()
       m_bFirstVoiceText(true),
       m_pMsgBox(nullptr),
       m_pStopRecPopup(nullptr),
-      m_bSelectCurrentOnShow(false) {
+      m_bSelectCurrentOnShow(false),
+      m_pStopWaitTimer(nullptr) {
   LOG_TRACE("\n");
   rec_register_to_other_apps_cb(sm_CbSvcPvr, this);
 }
 
 AntennaSelectionPopup::~AntennaSelectionPopup() {
   LOG_TRACE("\n");
+  m_EndStopWait();
   rec_unregister_to_other_apps_cb(sm_CbSvcPvr);
 }
 
@@ -187,6 +234,15 @@ void AntennaSelectionPopup::m_BeforeRowFocusCB(void* data, Elm_Object_Item* row)
 void AntennaSelectionPopup::t_Destroy() {
   LOG_TRACE("\n");
   m_bSelectCurrentOnShow = false;
+  if (m_pMsgBox) {
+    // Safe inside the box's own callbacks: it deletes its widgets later. It
+    // goes first, and its hide is finished at once, so that the focus it hands
+    // back lands on widgets that still exist.
+    m_pMsgBox->Destroy();
+    edje_message_signal_process();
+    delete m_pMsgBox;
+    m_pMsgBox = nullptr;
+  }
   // Nothing that carries `this` may fire while the widgets go away.
   if (m_pGenlist) {
     evas_object_smart_callback_del_full(m_pGenlist, "item,focused", m_ItemFocusedCB, this);
@@ -203,10 +259,9 @@ void AntennaSelectionPopup::t_Destroy() {
   CPopupView::t_Destroy();
   m_ForgetWidgets();  // children of the popup: deleted with it above
 
-  if (m_pMsgBox) {
-    delete m_pMsgBox;
-    m_pMsgBox = nullptr;
-  }
+  // Nobody waits for a stop report once the popup is gone.
+  m_EndStopWait();
+  s_bWaitStopRecToChangeAntenna = false;
   if (m_pStopRecPopup) {
     LOG_TRACE("\n");
 #ifdef HAVE_STOP_RECORDING_POPUP
@@ -399,16 +454,145 @@ void AntennaSelectionPopup::m_AntennaItemSelectCb(void* data, Evas_Object* obj, 
   if (nRecordCnt == 0 || (nRecordCnt == 1 && nTunerCnt > 1)) {
     Util::ChangeAntenna(selected);
     ui_app_exit();
-  } else if (nRecordCnt == 1 || nRecordCnt == 2) {
-    // A recording would be cut off. Asking first (message box, stop-recording
-    // popup) comes with the confirmation flow; until then end without switching.
+  } else if (nRecordCnt == 1) {
+    pThis->t_Hide();
+    // Finish the hide now, before the next popup takes the focus (docs/decisions.md).
+    edje_message_signal_process();
+    pThis->m_tvMode = selected;
+    pThis->t_CreateMsgWidget();
+  } else if (nRecordCnt == 2) {
+    pThis->t_Hide();
+    // Finish the hide now, before the next popup takes the focus (docs/decisions.md).
+    edje_message_signal_process();
+    pThis->m_tvMode = selected;
+#ifdef HAVE_STOP_RECORDING_POPUP
+    pThis->m_pStopRecPopup = new CStopRecordingPopupView();
+    pThis->m_pStopRecPopup->Create();
+    pThis->m_pStopRecPopup->Show();
+#else
+    // No way yet to ask which recording to stop: leave without switching.
+    LOG_TRACE("two recordings, leaving without change\n");
     ui_app_exit();
+#endif
   } else {
     LOG_ERROR("Wrong recording count %d\n", nRecordCnt);
   }
 }
 
-void AntennaSelectionPopup::sm_CbSvcPvr(rec_result, void*) {
-  // Only stop reports the popup waits for matter; nothing waits yet.
+void AntennaSelectionPopup::t_CreateMsgWidget() {
+  LOG_TRACE("t_CreateMsgWidget...\n");
+  if (m_pMsgBox) {
+    m_pMsgBox->Destroy();
+    delete m_pMsgBox;
+    m_pMsgBox = nullptr;
+  }
+  m_pMsgBox = new MessageBox(false);
+  if (!m_pMsgBox->Create(Util::GetWindow(), 2, TimedWidget::BG_COLOR_WHITE, 0, false)) {
+    LOG_ERROR("MessageBox Create failed\n");
+  }
+  m_pMsgBox->SetTitle(gettext("TV_SID_CHANGE_ANTENNA"));
+  m_pMsgBox->SetMessage(gettext("TV_SID_17_PVR_MSG_REC_STOPS_CONTINUE"));
+  m_pMsgBox->SetButtonText(1, gettext("TV_SID_CHANGE_ANTENNA"), nullptr);
+  m_pMsgBox->SetButtonCallback(1, m_ChangeAntennaCB, this);
+  m_pMsgBox->SetButtonText(2, gettext("SID_CANCEL"), nullptr);
+  m_pMsgBox->SetButtonCallback(2, m_ChangeAntennaCancelCB, this);
+  // Cancel first: agreeing stops a recording, so it takes a deliberate move.
+  m_pMsgBox->SetDefaultFocus(2);
+  m_pMsgBox->SetTimeOutSecs(kMsgBoxTimeOutSeconds);
+  m_pMsgBox->SetTimeOutCallback(m_ChangeAntennaTimeOut, this);
+  m_pMsgBox->SetVisibleChangeCallback(m_OnMsgBoxVisibilityChange, this);
+  m_pMsgBox->Show();
+}
+
+bool AntennaSelectionPopup::m_ChangeAntennaCB(void* data, Evas_Object*, const char* keyName) {
+  auto* pThis = static_cast<AntennaSelectionPopup*>(data);
+  if (pThis == nullptr || pThis->m_pMsgBox == nullptr || keyName == nullptr) {
+    LOG_ERROR("Para err\n");
+    return false;
+  }
+  LOG_TRACE("m_ChangeAntennaCB keyname %s\n", keyName);
+  if (strcmp(keyName, kKeyReturn) == 0) {
+    pThis->m_pMsgBox->Hide();
+    // The switch waits for the recorder's report (sm_CbSvcPvr).
+    s_bWaitStopRecToChangeAntenna = true;
+    pThis->m_StartStopWait();
+    StopCurrentRecording();
+  } else if (strcmp(keyName, kKeyBack) == 0) {
+    pThis->m_pMsgBox->Hide();
+    ui_app_exit();
+  }
+  return false;
+}
+
+bool AntennaSelectionPopup::m_ChangeAntennaCancelCB(void* data, Evas_Object*, const char* keyName) {
   LOG_TRACE("\n");
+  auto* pThis = static_cast<AntennaSelectionPopup*>(data);
+  if (pThis == nullptr || pThis->m_pMsgBox == nullptr || keyName == nullptr) return false;
+  if (strcmp(keyName, kKeyReturn) != 0 && strcmp(keyName, kKeyBack) != 0) return false;
+  pThis->m_pMsgBox->Hide();
+  edje_message_signal_process();  // as in m_AntennaItemSelectCb
+  // Back to a freshly built list. This deletes the box from inside its own
+  // callback, which the platform's box allows (it deletes its widgets from
+  // the main loop); pThis is gone afterwards.
+  DestroyInstance();
+  GetInstance()->Show();
+  return true;
+}
+
+Eina_Bool AntennaSelectionPopup::m_ChangeAntennaTimeOut(void* data) {
+  LOG_TRACE("MessageBox time out,m_OnTimeOutHideMsgBox\n");
+  auto* pThis = static_cast<AntennaSelectionPopup*>(data);
+  if (pThis == nullptr || pThis->m_pMsgBox == nullptr) {
+    LOG_ERROR("param is err\n");
+    return EINA_FALSE;
+  }
+  pThis->m_pMsgBox->Hide();
+  ui_app_exit();
+  return EINA_TRUE;
+}
+
+void AntennaSelectionPopup::m_OnMsgBoxVisibilityChange(void* data) {
+  LOG_TRACE("m_OnMsgBoxVisibilityChange...\n");
+  auto* pThis = static_cast<AntennaSelectionPopup*>(data);
+  if (pThis && pThis->m_pMsgBox) LOG_TRACE("bMsgBoxVisible:%d\n", pThis->m_pMsgBox->IsVisible() ? 1 : 0);
+}
+
+void AntennaSelectionPopup::sm_CbSvcPvr(rec_result result, void* data) {
+  LOG_TRACE("\n");
+  auto* pThis = static_cast<AntennaSelectionPopup*>(data);
+  if (pThis == nullptr) {
+    LOG_ERROR("Assertion failed.\n");
+    return;
+  }
+  // Only the report of a stopped recording, and only while the switch waits for it.
+  if (result.event != 1 || result.result != 1 || !s_bWaitStopRecToChangeAntenna) return;
+  LOG_TRACE("recording stopped, change antenna now\n");
+  s_bWaitStopRecToChangeAntenna = false;
+  pThis->m_EndStopWait();
+  if (pThis->m_pMsgBox) pThis->m_pMsgBox->Hide();
+  Util::ChangeAntenna(pThis->m_tvMode);
+  ui_app_exit();
+}
+
+// A plain Ecore timer, so the platform's time scale applies to it.
+void AntennaSelectionPopup::m_StartStopWait() {
+  m_EndStopWait();
+  m_pStopWaitTimer = ecore_timer_add(kStopReportWaitSeconds, m_StopWaitTimeOutCB, this);
+}
+
+void AntennaSelectionPopup::m_EndStopWait() {
+  if (m_pStopWaitTimer) ecore_timer_del(m_pStopWaitTimer);
+  m_pStopWaitTimer = nullptr;
+}
+
+// No stop report came: the recording may still run, so leave without switching.
+Eina_Bool AntennaSelectionPopup::m_StopWaitTimeOutCB(void* data) {
+  auto* pThis = static_cast<AntennaSelectionPopup*>(data);
+  if (pThis == nullptr) return ECORE_CALLBACK_CANCEL;
+  pThis->m_pStopWaitTimer = nullptr;  // returning CANCEL frees it
+  if (!s_bWaitStopRecToChangeAntenna) return ECORE_CALLBACK_CANCEL;
+  s_bWaitStopRecToChangeAntenna = false;
+  LOG_ERROR("no stop report within %d s, leaving without change\n", static_cast<int>(kStopReportWaitSeconds));
+  ui_app_exit();
+  return ECORE_CALLBACK_CANCEL;
 }

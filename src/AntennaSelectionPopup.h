@@ -33,6 +33,8 @@ class AntennaSelectionPopup : public CPopupView {
   void t_Show() override;
   int t_GetTimeOutSeconds() override;
   void t_OnTimeOut() override;
+  // Builds and shows the box asking whether the recording may be stopped.
+  void t_CreateMsgWidget();
 
  private:
   AntennaSelectionPopup();
@@ -55,6 +57,17 @@ class AntennaSelectionPopup : public CPopupView {
   static void m_ContentDelCB(void* data, Evas* evas, Evas_Object* obj, void* event);
   static void sm_CbSvcPvr(rec_result result, void* data);
 
+  // The confirmation box's callbacks (data: the popup).
+  static bool m_ChangeAntennaCB(void* data, Evas_Object* obj, const char* keyName);
+  static bool m_ChangeAntennaCancelCB(void* data, Evas_Object* obj, const char* keyName);
+  static Eina_Bool m_ChangeAntennaTimeOut(void* data);
+  static void m_OnMsgBoxVisibilityChange(void* data);
+
+  // The wait for the recorder's stop report is bounded (m_StopWaitTimeOutCB).
+  void m_StartStopWait();
+  void m_EndStopWait();
+  static Eina_Bool m_StopWaitTimeOutCB(void* data);
+
   Evas_Object* m_pCloseButton;
   Evas_Object* m_pGenlist;
   Evas_Object* m_pLayout;
@@ -67,6 +80,7 @@ class AntennaSelectionPopup : public CPopupView {
   TvMode m_tvMode;
   // The current row is selected when it first gets the focus (see t_Show).
   bool m_bSelectCurrentOnShow;
+  Ecore_Timer* m_pStopWaitTimer;
 
   static AntennaSelectionPopup* s_instance;
 };

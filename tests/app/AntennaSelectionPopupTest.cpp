@@ -223,18 +223,18 @@ TEST_F(AntennaPopup, FirstKeyAfterLaunchIsNotLost) {
 }
 
 TEST_F(AntennaPopup, RecordingsDecideWhetherThePickSwitches) {
+  enum Outcome { kSwitch, kAsk, kLeave, kStay };
   struct Row {
     const char* name;
     json recordings;
     int recordableTuners;
-    bool switches;
-    bool exits;
+    Outcome outcome;
   } rows[] = {
-      {"no recording", json::array(), 1, true, true},
-      {"one recording, a spare tuner", {7340034}, 2, true, true},
-      {"one recording, no spare tuner", {7340034}, 1, false, true},
-      {"two recordings", {7340034, 8388610}, 2, false, true},
-      {"three recordings", {7340033, 7340034, 8388610}, 2, false, false},
+      {"no recording", json::array(), 1, kSwitch},
+      {"one recording, a spare tuner", {7340034}, 2, kSwitch},
+      {"one recording, no spare tuner", {7340034}, 1, kAsk},
+      {"two recordings", {7340034, 8388610}, 2, kLeave},
+      {"three recordings", {7340033, 7340034, 8388610}, 2, kStay},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -244,10 +244,15 @@ TEST_F(AntennaPopup, RecordingsDecideWhetherThePickSwitches) {
     Open();
     ASSERT_EQ("Air", SettledFocus());
     Press({"Down", "Return"});
-    EXPECT_EQ(row.switches ? 1u : 0u, Tuning().size());
-    EXPECT_EQ(row.exits ? 1 : 0, tvsim::ExitRequests());
+    EXPECT_EQ(row.outcome == kSwitch ? 1u : 0u, Tuning().size());
+    EXPECT_EQ(row.outcome == kSwitch || row.outcome == kLeave ? 1 : 0, tvsim::ExitRequests());
     EXPECT_EQ(1u, Kpi().size());
-    if (!row.exits) {
+    if (row.outcome == kAsk) {
+      // The question replaces the list; the box's own flow is tested with the change flow.
+      EXPECT_TRUE(tv.Logged("t_CreateMsgWidget", "t_CreateMsgWidget...", 0, 5));
+      EXPECT_FALSE(evas_object_visible_get(m_pPopup));
+    }
+    if (row.outcome == kStay) {
       // An unexpected count only logs; the popup stays and the viewer may leave.
       EXPECT_TRUE(tv.Logged("m_AntennaItemSelectCb", "Wrong recording count 3", 2, 5));
       EXPECT_TRUE(evas_object_visible_get(m_pPopup));

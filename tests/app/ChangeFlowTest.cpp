@@ -1,0 +1,329 @@
+// Picking another antenna while a recording runs on the only recordable tuner:
+// the question, the stop, the wait for the recorder's report and the switch,
+// end to end against the simulated TV.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "AntennaSelectionPopup.h"
+#include "AppFramework.h"
+#include "Control.h"
+#include "TempTv.h"
+#include "TimeScale.h"
+#include "UiDriver.h"
+#include "Util.h"
+
+using nlohmann::json;
+
+namespace {
+
+constexpr uint64_t kRecorded = 7340034;  // 0x700002, on Air
+constexpr const char* kCaller = "org.norix.epg";
+
+// The sample TV tuned to Air with one recording and one recordable tuner; the
+// recorder reports a stop at once unless `recorder` says otherwise.
+json OneRecording(const json& patch = json::object()) {
+  std::ifstream in(std::string(TV_SOURCE_DIR) + "/scenarios/sample.json");
+  json scenario = json::parse(in);
+  scenario.merge_patch({{"recordings", {kRecorded}},
+                        {"settings", {{"system_info/238", 1}}},
+                        {"recorder", {{"stop_report", {{"delay_ms", 0}, {"event", 1}, {"result", 1}}}}}});
+  scenario.merge_patch(patch);
+  return scenario;
+}
+
+void SetTimeScale(const char* factor) {
+  setenv("TVSIM_TIME_SCALE", factor, 1);
+  tvsim::ReloadTimeScaleForTesting();
+}
+
+class ChangeFlow : public ::testing::Test {
+ protected:
+  void SetUp() override { tvsim::ResetExitRequests(); }
+  void TearDown() override {
+    if (HasFailure() && m_pWindow) {
+      const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+      tvtest::SaveScreenshot(m_pWindow, tvtest::ArtefactPath(std::string(info->test_suite_name()) + "." + info->name()));
+      std::string log;
+      for (const std::string& message : tv.AppMessages()) log += "  " + message + "\n";
+      ADD_FAILURE() << "application log:\n" << log;
+    }
+    AntennaSelectionPopup::DestroyInstance();
+    SetTimeScale("1");
+  }
+
+  // Loads the TV, shows the antenna list and picks Cable (one row down from Air).
+  void PickCable(const json& scenario) {
+    tv.Load(scenario);
+    tv.ClearLogs();
+    tvsim::ResetExitRequests();
+    m_pWindow = Util::GetWindow();
+    tvtest::ShowOnScreen(m_pWindow);
+    tvtest::FocusWindow(m_pWindow);
+    AntennaSelectionPopup::GetInstance()->Show();
+    ASSERT_EQ("Air", SettledListFocus());
+    tvtest::PressKey(m_pWindow, "Down");
+    tvtest::PressKey(m_pWindow, "Return");
+  }
+
+  // The visible popup holding a list (the antenna popup), or null.
+  Evas_Object* VisibleList() const {
+    for (Evas_Object* popup : tvtest::FindWidgets(m_pWindow, "Elm_Popup")) {
+      Evas_Object* layout = elm_object_content_get(popup);
+      if (!layout || strcmp(elm_object_widget_type_get(layout), "Elm_Layout") != 0) continue;
+      Evas_Object* list = elm_object_part_content_get(layout, "elm.swallow.content");
+      if (evas_object_visible_get(popup) && list) return list;
+    }
+    return nullptr;
+  }
+
+  std::string SettledListFocus() {
+    std::string text;
+    tvtest::PumpUntil([&] { return VisibleList() && !(text = tvtest::FocusedRowText(VisibleList())).empty(); }, 2.0);
+    return text;
+  }
+
+  // The visible message box (a popup whose content is a box of a label and a
+  // row of buttons), or null; `buttons` receives its buttons from the start edge.
+  Evas_Object* VisibleBox(std::vector<Evas_Object*>* buttons = nullptr) const {
+    for (Evas_Object* popup : tvtest::FindWidgets(m_pWindow, "Elm_Popup")) {
+      Evas_Object* column = elm_object_content_get(popup);
+      if (!evas_object_visible_get(popup) || !column || strcmp(elm_object_widget_type_get(column), "Elm_Box") != 0) {
+        continue;
+      }
+      Eina_List* parts = elm_box_children_get(column);
+      Evas_Object* row = static_cast<Evas_Object*>(eina_list_nth(parts, 1));
+      eina_list_free(parts);
+      if (buttons && row) {
+        Eina_List* children = elm_box_children_get(row);
+        void* child;
+        Eina_List* it;
+        EINA_LIST_FOREACH(children, it, child) buttons->push_back(static_cast<Evas_Object*>(child));
+        eina_list_free(children);
+      }
+      return popup;
+    }
+    return nullptr;
+  }
+
+  // Picks Cable and checks that the question is on screen with Cancel focused.
+  void AskedToStop(const json& scenario) {
+    PickCable(scenario);
+    std::vector<Evas_Object*> buttons;
+    ASSERT_NE(nullptr, VisibleBox(&buttons));
+    ASSERT_EQ(2u, buttons.size());
+    EXPECT_STREQ("Change Antenna", elm_object_text_get(buttons[0]));
+    EXPECT_STREQ("Cancel", elm_object_text_get(buttons[1]));
+    EXPECT_TRUE(tvtest::PumpUntil([&] { return elm_object_focused_object_get(m_pWindow) == buttons[1]; }, 1.0));
+    EXPECT_EQ(nullptr, VisibleList());
+  }
+
+  // Presses the box's first button with `key` (focus moves there with Left).
+  void AnswerOnButton1(const char* key) {
+    tvtest::PressKey(m_pWindow, "Left");
+    tvtest::PressKey(m_pWindow, key);
+  }
+  bool Exited() const { return tvsim::ExitRequests() >= 1; }
+
+  // Sends a recorder event and waits until the application's callback has seen it.
+  void SendRecorderEvent(int event, int result) {
+    const size_t before = CallbackLines();
+    tvsim::Control(tv.DbPath()).SendRecorderEvent(event, result);
+    EXPECT_TRUE(tvtest::PumpUntil([&] { return CallbackLines() > before; }));
+  }
+
+  size_t CallbackLines() const {
+    size_t lines = 0;
+    for (const tvtest::LogLine& line : tv.Logs()) lines += line.message.find("sm_CbSvcPvr(") != std::string::npos;
+    return lines;
+  }
+
+  json Tuning() const { return tv.Show()["tuning_changes"]; }
+  json Requests() const { return tv.Show()["recorder_requests"]; }
+
+  tvtest::TempTv tv;
+  Evas_Object* m_pWindow = nullptr;
+};
+
+TEST_F(ChangeFlow, OneRecordingOnTheOnlyTunerAsksFirst) {
+  AskedToStop(OneRecording());
+  EXPECT_TRUE(tv.Logged("m_AntennaItemSelectCb", "nRecordCnt 1, nTunerCnt 1 ", 0, 5));
+  EXPECT_TRUE(tv.Logged("t_CreateMsgWidget", "t_CreateMsgWidget...", 0, 5));
+  EXPECT_TRUE(tv.Logged("m_OnMsgBoxVisibilityChange", "bMsgBoxVisible:1", 0, 5));
+  EXPECT_EQ(AntennaSelectionPopup::GetTvMode(), TvMode(ANTENNA_MODE_1, static_cast<ServiceMode>(21)));
+  // A stop report nobody asked for changes nothing.
+  SendRecorderEvent(1, 1);
+  EXPECT_NE(nullptr, VisibleBox());
+  EXPECT_TRUE(Tuning().empty());
+  EXPECT_TRUE(Requests().empty());
+  EXPECT_EQ(0, tvsim::ExitRequests());
+}
+
+TEST_F(ChangeFlow, AnswersDecideBetweenStopAndSwitchLeavingAndAFreshList) {
+  enum Outcome { kSwitches, kLeaves, kFreshList };
+  struct Row {
+    const char* name;
+    bool onButton1;
+    const char* key;
+    Outcome outcome;
+  } rows[] = {
+      {"select on change", true, "Return", kSwitches},
+      {"back on change", true, "XF86Back", kLeaves},
+      {"select on cancel", false, "Return", kFreshList},
+      {"back on cancel", false, "XF86Back", kFreshList},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    AskedToStop(OneRecording());
+    if (row.onButton1) {
+      AnswerOnButton1(row.key);
+    } else {
+      tvtest::PressKey(m_pWindow, row.key);
+    }
+    EXPECT_EQ(nullptr, VisibleBox());
+    if (row.outcome == kSwitches) {
+      ASSERT_TRUE(tvtest::PumpUntil([&] { return Exited(); }));
+      const json requests = Requests();
+      ASSERT_EQ(1u, requests.size());
+      EXPECT_EQ(json({"stop_recording", kRecorded, kCaller}),
+                json({requests[0]["op"], requests[0]["service_id"], requests[0]["caller"]}));
+      EXPECT_EQ(json::array(), tv.Show()["recordings"]);
+      EXPECT_TRUE(tv.Logged("StopCurrentRecording", "stop recording success , servic id = 0x700002", 0, 5));
+      EXPECT_TRUE(tv.Logged("sm_CbSvcPvr", "recording stopped, change antenna now", 0, 5));
+      ASSERT_EQ(1u, Tuning().size());
+      EXPECT_EQ(1, Tuning()[0]["antenna"]);
+      EXPECT_EQ(21, Tuning()[0]["service"]);
+      EXPECT_EQ(1, tvsim::ExitRequests());
+    } else {
+      EXPECT_TRUE(Requests().empty());
+      EXPECT_TRUE(Tuning().empty());
+      EXPECT_EQ(row.outcome == kLeaves ? 1 : 0, tvsim::ExitRequests());
+    }
+    if (row.outcome == kFreshList) {
+      // The list is built anew, the current antenna focused, and it works.
+      EXPECT_EQ("Air", SettledListFocus());
+      EXPECT_EQ(AntennaSelectionPopup::GetTvMode(), TvMode());
+      tvtest::PressKey(m_pWindow, "Down");
+      tvtest::PressKey(m_pWindow, "Return");
+      EXPECT_NE(nullptr, VisibleBox());
+    }
+    AntennaSelectionPopup::DestroyInstance();
+  }
+}
+
+TEST_F(ChangeFlow, QuestionLeftAloneEndsWithoutSwitching) {
+  PickCable(OneRecording());
+  ASSERT_NE(nullptr, VisibleBox());
+  // The box counts from its last activity: a focus move restarts it, now at 10 s x 0.002.
+  SetTimeScale("0.002");
+  tvtest::PressKey(m_pWindow, "Left");
+  ASSERT_TRUE(tvtest::PumpUntil([] { return tvsim::ExitRequests() >= 1; }));
+  EXPECT_TRUE(tv.Logged("m_ChangeAntennaTimeOut", "MessageBox time out,m_OnTimeOutHideMsgBox", 0, 5));
+  EXPECT_EQ(nullptr, VisibleBox());
+  EXPECT_TRUE(Tuning().empty());
+  EXPECT_TRUE(Requests().empty());
+}
+
+TEST_F(ChangeFlow, OnlyAReportOfAStoppedRecordingSwitches) {
+  struct Row {
+    const char* name;
+    int event, result;
+  } rows[] = {
+      {"failed stop", 1, 0},
+      {"another event", 2, 1},
+      {"another event, failed", 0, 0},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    AskedToStop(OneRecording({{"recorder", {{"stop_report", {{"event", row.event}, {"result", row.result}}}}}}));
+    AnswerOnButton1("Return");
+    ASSERT_TRUE(tvtest::PumpUntil([&] { return CallbackLines() >= 1; }));
+    EXPECT_EQ(1u, Requests().size());
+    EXPECT_TRUE(Tuning().empty());
+    EXPECT_EQ(0, tvsim::ExitRequests());
+    // Still waiting: the first real report switches, a second one finds nobody waiting.
+    SendRecorderEvent(1, 1);
+    ASSERT_EQ(1u, Tuning().size());
+    EXPECT_EQ(1, Tuning()[0]["antenna"]);
+    SendRecorderEvent(1, 1);
+    EXPECT_EQ(1u, Tuning().size());
+    EXPECT_EQ(1, tvsim::ExitRequests());
+    AntennaSelectionPopup::DestroyInstance();
+  }
+}
+
+TEST_F(ChangeFlow, WithoutAStopReportTheWaitEndsWithoutSwitching) {
+  struct Row {
+    const char* name;
+    json patch;
+    json fault;  // set once the question is on screen
+    const char* stopLine;  // StopCurrentRecording's line about the stop
+    int stopPriority;
+    int stopBuffer;
+  } rows[] = {
+      {"the report never comes", {{"recorder", {{"stop_report", {{"never", true}}}}}}, nullptr,
+       "stop recording success , servic id = 0x700002", 5, 0},
+      {"the stop is refused", json::object(), {{"op", "rec_stop_recording"}, {"result", -3}},
+       "stop recording failed , servic id = 0x700002", 5, 2},
+      {"the list cannot be read", json::object(), {{"op", "rec_get_recording_service_id_list"}, {"result", -5}},
+       "get recording service id list failed, nCount = 0, eResult = -5", 5, 2},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    AskedToStop(OneRecording(row.patch));
+    if (!row.fault.is_null()) tv.AddFault(row.fault);
+    tvtest::PressKey(m_pWindow, "Left");
+    SetTimeScale("0.002");  // the 15 s wait becomes 30 ms
+    tvtest::PressKey(m_pWindow, "Return");
+    ASSERT_TRUE(tvtest::PumpUntil([] { return tvsim::ExitRequests() >= 1; }));
+    SetTimeScale("1");
+    EXPECT_TRUE(tv.Logged("StopCurrentRecording", row.stopLine, row.stopBuffer, row.stopPriority));
+    EXPECT_TRUE(tv.Logged("m_StopWaitTimeOutCB", "no stop report within 15 s, leaving without change", 2, 5));
+    EXPECT_TRUE(Tuning().empty());
+    // A report after the wait gave up must not switch the TV either.
+    SendRecorderEvent(1, 1);
+    EXPECT_TRUE(Tuning().empty());
+    EXPECT_EQ(1, tvsim::ExitRequests());
+    AntennaSelectionPopup::DestroyInstance();
+  }
+}
+
+TEST_F(ChangeFlow, PlaybackStopsBeforeTheRecordingAndAtMostTwoRecordingsAreStopped) {
+  struct Row {
+    const char* name;
+    int playing;
+    std::vector<uint64_t> startedMeanwhile;  // recordings started while the question is shown
+    std::vector<std::string> ops;
+    std::vector<uint64_t> stopped;
+  } rows[] = {
+      {"playback running", 1, {}, {"stop_playing", "stop_recording"}, {kRecorded}},
+      {"no playback", 0, {}, {"stop_recording"}, {kRecorded}},
+      // The list has room for two: a third recording is not read past its end.
+      {"three recordings by then", 0, {8388610, 9502721}, {"stop_recording", "stop_recording"}, {kRecorded, 8388610}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    AskedToStop(OneRecording({{"playback", {{"playing", row.playing}}}}));
+    for (uint64_t id : row.startedMeanwhile) tvsim::Control(tv.DbPath()).StartRecording(id);
+    AnswerOnButton1("Return");
+    ASSERT_TRUE(tvtest::PumpUntil([&] { return Exited(); }));
+    const json requests = Requests();
+    std::vector<std::string> ops;
+    std::vector<uint64_t> stopped;
+    for (const json& request : requests) {
+      ops.push_back(request["op"]);
+      EXPECT_EQ(kCaller, request["caller"]);
+      if (request["op"] == "stop_recording") stopped.push_back(request["service_id"]);
+    }
+    EXPECT_EQ(row.ops, ops);
+    EXPECT_EQ(row.stopped, stopped);
+    EXPECT_EQ(row.playing == 1, tv.Logged("StopPlayingMultimedia", "stop playing", 0, 4));
+    AntennaSelectionPopup::DestroyInstance();
+  }
+}
+
+}  // namespace
