@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Builds the libFuzzer targets with clang in build-fuzz and runs each for a
+# while. New inputs go to build-fuzz/corpus/<target> (the seeds in
+# fuzz/corpus/<target> stay as they are); a crash leaves its input in
+# build-fuzz/artifacts/ and makes the script fail.
+# Usage: fuzz/run.sh [SECONDS_EACH] [TARGET...]   (default 60 s, every target)
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${FUZZ_BUILD_DIR:-$root/build-fuzz}
+seconds=${1:-60}
+shift || true
+targets=("$@")
+[ ${#targets[@]} -gt 0 ] || targets=(text_utf16 combine_strings channel_number scenario_loader)
+
+packages=(clang-14 libclang-rt-14-dev)
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "fuzz: installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  apt-get update -qq
+  apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang-14 \
+  -DCMAKE_CXX_COMPILER=clang++-14 -DTV_BUILD_FUZZERS=ON -DTV_BUILD_TESTS=OFF >/dev/null
+cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
+
+export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0}
+export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
+failed=()
+for target in "${targets[@]}"; do
+  corpus=$build/corpus/$target
+  artifacts=$build/artifacts
+  mkdir -p "$corpus" "$artifacts"
+  echo "fuzz: $target for ${seconds}s"
+  if ! "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -print_final_stats=1 \
+       -artifact_prefix="$artifacts/$target-" "$corpus" "$root/fuzz/corpus/$target" >"$build/fuzz-$target.log" 2>&1; then
+    failed+=("$target")
+    tail -40 "$build/fuzz-$target.log"
+  fi
+  grep -E '^(stat::number_of_executed_units|stat::new_units_added)' "$build/fuzz-$target.log" | sed "s/^/fuzz: $target /" || true
+done
+if [ ${#failed[@]} -gt 0 ]; then
+  echo "fuzz: FAILED: ${failed[*]} (inputs in $build/artifacts)"
+  exit 1
+fi
+echo "fuzz: ${#targets[@]} targets ran ${seconds}s each without a finding"
