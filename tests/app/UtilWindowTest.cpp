@@ -1,21 +1,16 @@
 // The application window, the focus-zoom setting and the layout direction.
-#include <gtest/gtest.h>
-
-#include "TempTv.h"
-#include "Util.h"
-
-using nlohmann::json;
+#include "UtilTestUtil.h"
 
 namespace {
+
+using namespace utiltest;
 
 TEST(UtilWindow, IsCreatedOnceAsATransparentShownDialog) {
   tvtest::TempTv tv;
   Evas_Object* window = Util::GetWindow();
   ASSERT_NE(nullptr, window);
   EXPECT_EQ(window, Util::GetWindow());
-  int created = 0;
-  for (const std::string& message : tv.AppMessages()) created += message == "create AlphaTranWin";
-  EXPECT_EQ(1, created);
+  EXPECT_EQ(std::vector<std::string>{"create AlphaTranWin"}, tv.AppMessages());
   EXPECT_TRUE(tv.Logged("GetWindow", "create AlphaTranWin", 0, 5));
   EXPECT_EQ(ELM_WIN_DIALOG_BASIC, elm_win_type_get(window));
   EXPECT_TRUE(elm_win_autodel_get(window));
@@ -23,7 +18,6 @@ TEST(UtilWindow, IsCreatedOnceAsATransparentShownDialog) {
   EXPECT_EQ(ELM_WIN_INDICATOR_HIDE, elm_win_indicator_mode_get(window));
   EXPECT_TRUE(elm_win_focus_highlight_enabled_get(window));
   EXPECT_TRUE(evas_object_visible_get(window));
-
   // Once the toolkit deletes it, the next call makes a new one instead of a dead pointer.
   evas_object_del(window);
   Evas_Object* again = Util::GetWindow();
@@ -31,38 +25,23 @@ TEST(UtilWindow, IsCreatedOnceAsATransparentShownDialog) {
   EXPECT_TRUE(evas_object_visible_get(again));
 }
 
-TEST(UtilWindow, FocusZoomIsOnForPositiveValuesOnly) {
-  struct Row {
-    json value;  // null: the key is missing
-    bool enlarged;
-    const char* line;
-    int buffer;
-  } rows[] = {
-      {1, true, "is enlarge on: 1", 0},  {7, true, "is enlarge on: 7", 0},
-      {0, false, "is enlarge on: 0", 0}, {-3, false, "is enlarge on: -3", 0},
-      {nullptr, false, "get enlarge failed", 2},
-  };
+TEST(UtilWindow, FocusZoomIsOnForPositiveValuesOnlyAndReverseOsdFollowsTheLanguage) {
+  struct Row { json value; bool enlarged; const char* line; int buffer; } rows[] = {  // value null: key missing
+      {1, true, "is enlarge on: 1", 0}, {7, true, "is enlarge on: 7", 0}, {0, false, "is enlarge on: 0", 0},
+      {-3, false, "is enlarge on: -3", 0}, {nullptr, false, "get enlarge failed", 2}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.line);
-    tvtest::TempTv tv;
     json settings = json::object();
     if (!row.value.is_null()) settings["db/menu/system/accessibility/focuszoom"] = row.value;
-    tv.Load({{"settings", settings}});
+    auto tv = Tv({{"settings", settings}});
     EXPECT_EQ(row.enlarged, Util::IsEnlarge());
-    EXPECT_TRUE(tv.Logged("IsEnlarge", row.line, row.buffer, 5));
+    EXPECT_TRUE(tv->Logged("IsEnlarge", row.line, row.buffer, 5));
   }
-}
-
-TEST(UtilWindow, ReverseOsdFollowsTheLanguageDirection) {
-  struct Row {
-    const char* language;
-    bool reversed;
-  } rows[] = {{"ar_AE", true}, {"en_US", false}, {"he_IL", true}, {"de_DE", false}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.language);
-    tvtest::TempTv tv;
-    tv.Load({{"settings", {{"db/menu/system/language", row.language}}}});
-    EXPECT_EQ(row.reversed, Util::ReverseOSD());
+  const std::pair<const char*, bool> directions[] = {{"ar_AE", true}, {"en_US", false}, {"he_IL", true}, {"de_DE", false}};
+  for (const auto& [language, reversed] : directions) {
+    SCOPED_TRACE(language);
+    auto tv = Tv({{"settings", {{"db/menu/system/language", language}}}});
+    EXPECT_EQ(reversed, Util::ReverseOSD());
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <regex>
+#include <tuple>
 
 #include "Log.h"
 #include "TempTv.h"
@@ -36,26 +37,18 @@ TEST(LogService, WritesOneLinePerCallWithTimePidBufferPriorityAndTag) {
   const std::regex first("^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z " + pid +
                          " system W antenna-selection: Util\\.cpp: GetTvMode\\(57\\) > Get failed 3$");
   EXPECT_TRUE(std::regex_match(lines[0], first)) << lines[0];
-  EXPECT_NE(std::string::npos, lines[1].find(" main I antenna-selection: View.cpp: Show(9) > two\\nlines\\\\n"))
-      << lines[1];
-  EXPECT_NE(std::string::npos, lines[2].find(" radio E : no newline")) << lines[2];
-  EXPECT_NE(std::string::npos, lines[3].find(" apps D other: ")) << lines[3];
-  EXPECT_NE(std::string::npos, lines[4].find(" main V t: v")) << lines[4];
-  EXPECT_NE(std::string::npos, lines[5].find(" main F t: f")) << lines[5];
+  const char* const rest[] = {" main I antenna-selection: View.cpp: Show(9) > two\\nlines\\\\n", " radio E : no newline",
+                              " apps D other: ", " main V t: v", " main F t: f"};
+  for (int i = 0; i < 5; ++i) EXPECT_NE(std::string::npos, lines[i + 1].find(rest[i])) << lines[i + 1];
 
   const std::vector<tvtest::LogLine> parsed = tv.Logs();
   ASSERT_EQ(6u, parsed.size());
-  EXPECT_EQ(2, parsed[0].buffer);
-  EXPECT_EQ(5, parsed[0].priority);
-  EXPECT_EQ("antenna-selection", parsed[0].tag);
-  EXPECT_EQ("Util.cpp: GetTvMode(57) > Get failed 3", parsed[0].message);
+  auto fields = [&](int i) { return std::tuple(parsed[i].buffer, parsed[i].priority, parsed[i].tag, parsed[i].message); };
+  EXPECT_EQ(std::tuple(2, 5, std::string("antenna-selection"), std::string("Util.cpp: GetTvMode(57) > Get failed 3")),
+            fields(0));
   EXPECT_EQ("View.cpp: Show(9) > two\nlines\\n", parsed[1].message);
-  EXPECT_EQ(1, parsed[2].buffer);
-  EXPECT_EQ(6, parsed[2].priority);
-  EXPECT_EQ("", parsed[2].tag);
-  EXPECT_EQ(3, parsed[3].buffer);
-  EXPECT_EQ(3, parsed[3].priority);
-  EXPECT_EQ("", parsed[3].message);
+  EXPECT_EQ(std::tuple(1, 6, std::string(""), std::string("no newline")), fields(2));
+  EXPECT_EQ(std::tuple(3, 3, std::string("other"), std::string("")), fields(3));
 }
 
 TEST(LogService, TempTvPicksTheApplicationsLinesByFunctionBufferAndPriority) {

@@ -3,6 +3,7 @@
 // rec_service_destroy cancels a pending one.
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 #include "Recorder.h"
@@ -26,12 +27,7 @@ json WithReport(json stopReport) {
 }  // namespace
 
 TEST(RecorderReport, ComesOnTheLoopAfterTheCallWithTheScenariosEventAndResult) {
-  struct Row {
-    const char* name;
-    json stopReport;
-    int event, result;
-  };
-  const Row rows[] = {{"defaults", json::object(), 1, 1},
+  struct Row { const char* name; json stopReport; int event, result; } rows[] = {{"defaults", json::object(), 1, 1},
                       {"a failed stop", {{"event", 1}, {"result", 0}, {"delay_ms", 20}}, 1, 0},
                       {"another event", {{"event", 2}, {"result", 1}}, 2, 1}};
   for (const Row& row : rows) {
@@ -44,21 +40,15 @@ TEST(RecorderReport, ComesOnTheLoopAfterTheCallWithTheScenariosEventAndResult) {
     ASSERT_EQ(0, rec_stop_recording(8388610, 1, "org.norix.epg"));
     EXPECT_TRUE(reports.empty());  // not inside the call
     ASSERT_TRUE(simtest::PumpUntil([&] { return !reports.empty(); }, 10.0));
-    EXPECT_EQ(row.event, reports[0].event);
-    EXPECT_EQ(row.result, reports[0].result);
-    EXPECT_EQ(8388610, reports[0].data[0]);
+    const rec_result& got = reports[0];
+    EXPECT_EQ(std::tuple(row.event, row.result, 8388610), std::tuple(got.event, got.result, got.data[0]));
     EXPECT_EQ(0, rec_unregister_to_other_apps_cb(OnReport));
     EXPECT_EQ(0, rec_service_destroy());
   }
 }
 
 TEST(RecorderReport, NeverComesWhenSaidSoOrAfterDestroy) {
-  struct Row {
-    const char* name;
-    json stopReport;
-    void (*after)();
-  };
-  const Row rows[] = {
+  struct Row { const char* name; json stopReport; void (*after)(); } rows[] = {
       {"never", {{"never", true}}, [] {}},
       {"destroyed while pending", {{"delay_ms", 50}}, [] { rec_service_destroy(); }},
   };
@@ -66,8 +56,7 @@ TEST(RecorderReport, NeverComesWhenSaidSoOrAfterDestroy) {
     SCOPED_TRACE(row.name);
     tvtest::TempTv tv;
     tv.Load(WithReport(row.stopReport));
-    std::vector<rec_result> reports;
-    std::vector<rec_result> witness;
+    std::vector<rec_result> reports, witness;
     rec_service_init();
     rec_register_to_other_apps_cb(OnReport, &reports);
     ASSERT_EQ(0, rec_stop_recording(8388610, 1, "org.norix.epg"));

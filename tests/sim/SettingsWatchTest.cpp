@@ -16,18 +16,12 @@ namespace {
 const char kZoom[] = "db/menu/system/accessibility/focuszoom";
 const char kPip[] = "db/menu/picture/pip/onoff";
 
-struct Seen {
-  std::vector<std::string> keys;
-};
+using Seen = std::vector<std::string>;
 
-void Record(keynode_t* node, void* data) { static_cast<Seen*>(data)->keys.push_back(vconf_keynode_get_name(node)); }
+void Record(keynode_t* node, void* data) { static_cast<Seen*>(data)->push_back(vconf_keynode_get_name(node)); }
 
-struct SelfRemoving {
-  int calls = 0;
-};
-
-void RemoveSelf(keynode_t*, void* data) {
-  ++static_cast<SelfRemoving*>(data)->calls;
+void RemoveSelf(keynode_t* node, void* data) {
+  Record(node, data);
   vconf_ignore_key_changed(kZoom, RemoveSelf);
 }
 
@@ -41,43 +35,43 @@ TEST(SettingsWatch, ChangesFromAnotherConnectionAndProcessArriveOnTheLoop) {
   ASSERT_EQ(0, vconf_notify_key_changed(kPip, Record, &seen));
 
   tv.Set(kZoom, "1");
-  EXPECT_TRUE(seen.keys.empty());  // never inside the change
-  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 1; }, 10.0));
-  EXPECT_EQ(kZoom, seen.keys[0]);
+  EXPECT_TRUE(seen.empty());  // never inside the change
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.size() == 1; }, 10.0));
+  EXPECT_EQ(kZoom, seen[0]);
 
   // Another process: tvctl.
   ASSERT_EQ(0, tv.Run(simtest::Tvctl() + " set " + kPip + " 1"));
-  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 2; }, 10.0));
-  EXPECT_EQ(kPip, seen.keys[1]);
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.size() == 2; }, 10.0));
+  EXPECT_EQ(kPip, seen[1]);
 
   // Writing the same value again is no change; the next real change is the next callback.
   tv.Set(kZoom, "1");
   tv.Set(kPip, "0");
-  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() >= 3; }, 10.0));
-  EXPECT_EQ((std::vector<std::string>{kZoom, kPip, kPip}), seen.keys);
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.size() >= 3; }, 10.0));
+  EXPECT_EQ((std::vector<std::string>{kZoom, kPip, kPip}), seen);
 
   EXPECT_EQ(0, vconf_ignore_key_changed(kZoom, Record));
   EXPECT_NE(0, vconf_ignore_key_changed(kZoom, Record));  // no longer registered
   tv.Set(kZoom, "2");
   tv.Set(kPip, "1");
-  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() >= 4; }, 10.0));
-  EXPECT_EQ(kPip, seen.keys.back());
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.size() >= 4; }, 10.0));
+  EXPECT_EQ(kPip, seen.back());
   EXPECT_EQ(0, vconf_ignore_key_changed(kPip, Record));
 }
 
 TEST(SettingsWatch, ACallbackMayUnregisterItselfWhileBeingNotified) {
   tvtest::TempTv tv;
   tv.LoadFile("sample.json");
-  SelfRemoving once;
+  Seen once;
   Seen seen;
   ASSERT_EQ(0, vconf_notify_key_changed(kZoom, RemoveSelf, &once));
   ASSERT_EQ(0, vconf_notify_key_changed(kZoom, Record, &seen));
   tv.Set(kZoom, "1");
-  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 1; }, 10.0));
-  EXPECT_EQ(1, once.calls);
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.size() == 1; }, 10.0));
+  EXPECT_EQ(1u, once.size());
   tv.Set(kZoom, "0");
-  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.keys.size() == 2; }, 10.0));
-  EXPECT_EQ(1, once.calls);
+  ASSERT_TRUE(simtest::PumpUntil([&] { return seen.size() == 2; }, 10.0));
+  EXPECT_EQ(1u, once.size());
   vconf_ignore_key_changed(kZoom, Record);
 }
 

@@ -80,6 +80,13 @@ void TempTv::ClearFaults() { tvsim::Control(m_db).ClearFaults(); }
 
 nlohmann::json TempTv::Show() const { return tvsim::Control(m_db).Show(); }
 
+int TempTv::CallCount(const std::string& op) const {
+  const nlohmann::json shown = Show();
+  int count = 0;
+  for (const nlohmann::json& call : shown["calls"]) count += call.value("op", "") == op;
+  return count;
+}
+
 // Runs through sh with this TV's variables; only standard output is captured
 // (add 2>&1 to the command line for both).
 int TempTv::Run(const std::string& commandLine, std::string* output) const {

@@ -36,6 +36,7 @@ class TempTv {
   void AddFault(const nlohmann::json& fault);  // the fault object of docs/scenarios.md
   void ClearFaults();
   nlohmann::json Show() const;                 // what `tvctl show` prints
+  int CallCount(const std::string& op) const;  // calls of op in Show()'s call log
 
   // Runs a command line (e.g. tvctl) with this TV's TVSIM_DB and TVSIM_LOG; returns the exit status.
   int Run(const std::string& commandLine, std::string* output = nullptr) const;

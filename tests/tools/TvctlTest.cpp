@@ -29,40 +29,24 @@ TEST(Tvctl, ExitsZeroOnSuccessTwoOnBadUsageAndChangesNothingThen) {
   std::ofstream(tv.Dir() + "/fault.json") << "not json";
   const json before = ShowThroughTvctl(tv);
 
-  struct Row {
-    const char* args;
-    int status;
-    const char* message;  // on stderr
+  const std::pair<const char*, const char*> rows[] = {  // arguments and the message on stderr; all exit with 2
+      {"", "missing verb"}, {"frobnicate", "unknown verb"},
+      {"load", "missing arguments"}, {"load bad.json", "/services/0: missing member \"name\""},
+      {"load fault.json", "not JSON"}, {"load missing.json", "cannot read"},
+      {"set db/no/such/key 1", "unknown settings key"}, {"set db/menu/picture/pip/onoff on", "not a 32-bit integer"},
+      {"set system_info/18", "missing arguments"}, {"tune 7 1", "antenna 7"},
+      {"tune 1", "missing arguments"}, {"tune 1 x", "not a number"},
+      {"fault add Tune --result 1", "unknown operation"}, {"fault add GetTvMode", "exactly one effect"},
+      {"fault add GetTvMode --result", "needs a value"}, {"fault add GetTvMode --bogus", "unknown option"},
+      {"fault clear 99", "no fault with id 99"}, {"recording stop 5", "not being recorded"},
+      {"recording start 7340034", "already being recorded"}, {"recording pause 5", "expected start or stop"},
+      {"show no_such_member", "no member"}, {"reset extra", "too many arguments"},
   };
-  const Row rows[] = {
-      {"", 2, "missing verb"},
-      {"frobnicate", 2, "unknown verb"},
-      {"load", 2, "missing arguments"},
-      {"load bad.json", 2, "/services/0: missing member \"name\""},
-      {"load fault.json", 2, "not JSON"},
-      {"load missing.json", 2, "cannot read"},
-      {"set db/no/such/key 1", 2, "unknown settings key"},
-      {"set db/menu/picture/pip/onoff on", 2, "not a 32-bit integer"},
-      {"set system_info/18", 2, "missing arguments"},
-      {"tune 7 1", 2, "antenna 7"},
-      {"tune 1", 2, "missing arguments"},
-      {"tune 1 x", 2, "not a number"},
-      {"fault add Tune --result 1", 2, "unknown operation"},
-      {"fault add GetTvMode", 2, "exactly one effect"},
-      {"fault add GetTvMode --result", 2, "needs a value"},
-      {"fault add GetTvMode --bogus", 2, "unknown option"},
-      {"fault clear 99", 2, "no fault with id 99"},
-      {"recording stop 5", 2, "not being recorded"},
-      {"recording start 7340034", 2, "already being recorded"},
-      {"recording pause 5", 2, "expected start or stop"},
-      {"show no_such_member", 2, "no member"},
-      {"reset extra", 2, "too many arguments"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.args);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.first);
     std::string err;
-    EXPECT_EQ(row.status, tv.Run("cd " + tv.Dir() + " && " + tvctl + " " + row.args + " 2>&1 >/dev/null", &err));
-    EXPECT_NE(std::string::npos, err.find(row.message)) << err;
+    EXPECT_EQ(2, tv.Run("cd " + tv.Dir() + " && " + tvctl + " " + row.first + " 2>&1 >/dev/null", &err));
+    EXPECT_NE(std::string::npos, err.find(row.second)) << err;
     EXPECT_EQ(before, ShowThroughTvctl(tv));
   }
   for (const char* help : {"--help", "load --help", "show --help", "set --help", "reset --help", "tune --help",
@@ -88,39 +72,34 @@ TEST(Tvctl, VerbsChangeTheTvTheApplicationSees) {
   tvtest::TempTv tv;
   const std::string tvctl = simtest::Tvctl();
   const std::string other = tv.Dir() + "/other.db";
-  ASSERT_EQ(0, tv.Run(tvctl + " load " + TV_SOURCE_DIR + "/scenarios/one-recording.json"));
-  ASSERT_EQ(0, tv.Run(tvctl + " set system_info/238 2"));
-  ASSERT_EQ(0, tv.Run(tvctl + " set db/menu/system/language de_DE"));
-  ASSERT_EQ(0, tv.Run(tvctl + " tune 1 21"));
-  ASSERT_EQ(0, tv.Run(tvctl + " tune 2 7 --screen 1"));
-  ASSERT_EQ(0, tv.Run(tvctl + " recording start 8388609"));
-  ASSERT_EQ(0, tv.Run(tvctl + " recording stop 7340034"));
-  ASSERT_EQ(0, tv.Run(tvctl + " playback 1"));
+  for (const std::string& args : {"load " + std::string(TV_SOURCE_DIR) + "/scenarios/one-recording.json",
+                                   std::string("set system_info/238 2"), std::string("set db/menu/system/language de_DE"),
+                                   std::string("tune 1 21"), std::string("tune 2 7 --screen 1"),
+                                   std::string("recording start 8388609"), std::string("recording stop 7340034"),
+                                   std::string("playback 1"), "--db " + other + " set db/menu/picture/pip/onoff 1"}) {
+    ASSERT_EQ(0, tv.Run(tvctl + " " + args)) << args;  // the last one changes another TV
+  }
   std::string id;
   ASSERT_EQ(0, tv.Run(tvctl + " fault add vconf_get_int --result -3 --target db/mls/mls_focus --nth 2", &id));
-  ASSERT_EQ(0, tv.Run(tvctl + " --db " + other + " set db/menu/picture/pip/onoff 1"));  // another TV
 
   const json shown = ShowThroughTvctl(tv);
-  EXPECT_EQ(2, shown["settings"]["system_info/238"]);
-  EXPECT_EQ("de_DE", shown["settings"]["db/menu/system/language"]);
-  EXPECT_EQ(0, shown["settings"]["db/menu/picture/pip/onoff"]);
+  const json& settings = shown["settings"];
+  EXPECT_EQ(json({2, "de_DE", 0}), json({settings["system_info/238"], settings["db/menu/system/language"],
+                                         settings["db/menu/picture/pip/onoff"]}));
   EXPECT_EQ(json({{"antenna", 1}, {"service", 21}}), shown["tv_mode"]);
   EXPECT_EQ(json::array({{{"screen", 1}, {"antenna", 2}, {"service", 7}}}), shown["screens"]);
   EXPECT_EQ(json({8388609}), shown["recordings"]);
   EXPECT_EQ(1, shown["playback"]["playing"]);
   EXPECT_TRUE(shown["tuning_changes"].empty());  // tvctl is not the application
   ASSERT_EQ(2u, shown["settings_writes"].size());
-  EXPECT_EQ("system_info/238", shown["settings_writes"][0]["key"]);
-  EXPECT_EQ(2, shown["settings_writes"][0]["value"]);
+  EXPECT_EQ(json({"system_info/238", 2}), json({shown["settings_writes"][0]["key"], shown["settings_writes"][0]["value"]}));
   ASSERT_EQ(1u, shown["faults"].size());
-  EXPECT_EQ(std::stoll(id), shown["faults"][0]["id"]);
-  EXPECT_EQ("db/mls/mls_focus", shown["faults"][0]["target"]);
+  EXPECT_EQ(json({std::stoll(id), "db/mls/mls_focus"}), json({shown["faults"][0]["id"], shown["faults"][0]["target"]}));
   for (const char* member : {"tv_mode", "screens", "services", "profiles", "recordings", "playback", "settings",
                              "kpi_events", "tuning_changes", "recorder_requests", "settings_writes", "faults", "calls"}) {
     EXPECT_TRUE(shown.contains(member)) << member;
   }
 
-  std::string scenario;
   ASSERT_EQ(0, tv.Run(tvctl + " show --scenario > " + tv.Dir() + "/saved.json"));
   ASSERT_EQ(0, tv.Run(tvctl + " reset"));
   EXPECT_TRUE(ShowThroughTvctl(tv)["services"].empty());
