@@ -121,7 +121,9 @@ TEST_F(UtilAntennaList, FailuresKeepWhatIsListedAndNavigatorFailuresListNothing)
     EXPECT_EQ(row.expected, List(row.before.empty() ? std::vector<TvMode>{} : std::vector<TvMode>{Mode(1, 7)}));
     for (const auto& [message, buffer] : row.lines)
       EXPECT_TRUE(tv->Logged("GetAntennaList", message, buffer, buffer == 0 ? 4 : 5)) << message;
-    if (!row.before.empty()) EXPECT_EQ(0, tv->CallCount("GetServiceCount"));
+    if (!row.before.empty()) {
+      EXPECT_EQ(0, tv->CallCount("GetServiceCount"));
+    }
   }
 }
 

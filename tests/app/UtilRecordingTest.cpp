@@ -36,7 +36,9 @@ TEST_F(UtilRecording, TwoTunersCountAsOneOnASingleSatelliteConnection) {
     SCOPED_TRACE(row.name);
     auto tv = Tv({{"tv_mode", row.tuned}, {"settings", row.settings}}, row.fault);
     EXPECT_EQ(row.tuners, Util::m_TunerNumWithSingleSatelite());
-    if (row.line) EXPECT_TRUE(tv->Logged("m_TunerNumWithSingleSatelite", row.line, row.buffer, 5));
+    if (row.line) {
+      EXPECT_TRUE(tv->Logged("m_TunerNumWithSingleSatelite", row.line, row.buffer, 5));
+    }
     if (row.settings.contains("system_info/18")) {
       const std::string summary = "nRet = 0, m_TunerNumWithSingleSatelite = [" + std::to_string(row.tuners) + "]";
       EXPECT_TRUE(tv->Logged("m_TunerNumWithSingleSatelite", summary, 0, 5));

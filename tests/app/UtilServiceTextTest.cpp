@@ -61,7 +61,9 @@ TEST(UtilServiceText, LooksUpAServiceByIdOrTheCurrentServiceWithTheFailureLines)
       EXPECT_EQ((std::vector<uint64_t>{4097, 5, 1}), (std::vector<uint64_t>{Attribute(record, ATTR_SERVICE_ID),
                 Attribute(record, ATTR_MAJOR_NUMBER), Attribute(record, ATTR_MINOR_NUMBER)}));
     }
-    if (row.id == 0) EXPECT_EQ(0, tv->CallCount("OpenServiceStore")) << "id 0 must not reach the middleware";
+    if (row.id == 0) {
+      EXPECT_EQ(0, tv->CallCount("OpenServiceStore")) << "id 0 must not reach the middleware";
+    }
   }
   for (const Row& row : current) {
     SCOPED_TRACE(row.name);
@@ -69,7 +71,9 @@ TEST(UtilServiceText, LooksUpAServiceByIdOrTheCurrentServiceWithTheFailureLines)
     ServiceData record;
     EXPECT_EQ(row.found, Util::GetCurrentService(Mode(0, 1), record));
     EXPECT_TRUE(tv->Logged("GetCurrentService", row.line, row.buffer, row.priority));
-    if (row.found) EXPECT_EQ(4097u, Attribute(record, ATTR_SERVICE_ID));
+    if (row.found) {
+      EXPECT_EQ(4097u, Attribute(record, ATTR_SERVICE_ID));
+    }
   }
   auto tv = Tv(Scenario({Service(4097)}));
   EXPECT_FALSE(Util::GetServiceData(4097, nullptr));

@@ -20,7 +20,9 @@ TEST_F(UtilTvMode, ReadsTheCurrentModeOrGivesTheDefaultWithTheFailureLine) {
     SCOPED_TRACE(row.name);
     auto tv = Tv({{"tv_mode", {{"antenna", 1}, {"service", 21}}}}, row.fault);
     EXPECT_EQ(row.expected, Util::GetTvMode());
-    if (row.message) EXPECT_TRUE(tv->Logged("GetTvMode", row.message, row.buffer, row.priority));
+    if (row.message) {
+      EXPECT_TRUE(tv->Logged("GetTvMode", row.message, row.buffer, row.priority));
+    }
     else EXPECT_TRUE(tv->AppMessages().empty());
   }
 }
@@ -39,7 +41,9 @@ TEST_F(UtilTvMode, ChangeAntennaSwitchesTheMainScreenAndLogsOnlySuccess) {
     const json shown = tv->Show();
     const json& changes = shown["tuning_changes"];
     ASSERT_EQ(row.switched ? 1u : 0u, changes.size());
-    if (row.switched) EXPECT_EQ(json({0, 2, 5}), json({changes[0]["screen"], changes[0]["antenna"], changes[0]["service"]}));
+    if (row.switched) {
+      EXPECT_EQ(json({0, 2, 5}), json({changes[0]["screen"], changes[0]["antenna"], changes[0]["service"]}));
+    }
     EXPECT_EQ(row.switched ? json({{"antenna", 2}, {"service", 5}}) : json({{"antenna", 0}, {"service", 1}}),
               shown["tv_mode"]);
     EXPECT_EQ(row.switched, tv->Logged("SetTvMode", "Set TV mode Sucess!", 0, 5));
