@@ -41,13 +41,7 @@ class AntennaPopup : public ::testing::Test {
  protected:
   void SetUp() override { tvsim::ResetExitRequests(); }
   void TearDown() override {
-    if (HasFailure() && m_pWindow) {
-      const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-      tvtest::SaveScreenshot(m_pWindow, tvtest::ArtefactPath(std::string(info->test_suite_name()) + "." + info->name()));
-      std::string log;
-      for (const std::string& message : tv.AppMessages()) log += "  " + message + "\n";
-      ADD_FAILURE() << "application log:\n" << log;
-    }
+    if (HasFailure()) tvtest::ReportFailure(m_pWindow, tv);
     AntennaSelectionPopup::DestroyInstance();
   }
 

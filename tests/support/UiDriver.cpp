@@ -1,5 +1,9 @@
 #include "UiDriver.h"
 
+#include <gtest/gtest.h>
+
+#include "TempTv.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -164,6 +168,15 @@ bool SaveScreenshot(Evas_Object* window, const std::string& path) {
 
 std::string ArtefactPath(const std::string& name) {
   return std::string(TV_BINARY_DIR) + "/test-artefacts/" + name + ".png";
+}
+
+void ReportFailure(Evas_Object* window, const TempTv& tv) {
+  if (window == nullptr) return;
+  const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+  SaveScreenshot(window, ArtefactPath(std::string(info->test_suite_name()) + "." + info->name()));
+  std::string log;
+  for (const std::string& message : tv.AppMessages()) log += "  " + message + "\n";
+  ADD_FAILURE() << "application log:\n" << log;
 }
 
 }  // namespace tvtest

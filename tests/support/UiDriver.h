@@ -53,4 +53,9 @@ bool SaveScreenshot(Evas_Object* window, const std::string& path);
 // build/test-artefacts/<name>.png
 std::string ArtefactPath(const std::string& name);
 
+class TempTv;
+// After a failed UI test: saves the window as <Suite>.<Test>.png and adds the
+// application's log lines to the failure.
+void ReportFailure(Evas_Object* window, const TempTv& tv);
+
 }  // namespace tvtest
