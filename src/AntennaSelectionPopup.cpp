@@ -13,10 +13,7 @@
 #include "Trace.h"
 #include "Util.h"
 
-#if __has_include("StopRecordingPopupView.h")
 #include "StopRecordingPopupView.h"
-#define HAVE_STOP_RECORDING_POPUP 1
-#endif
 
 namespace {
 
@@ -125,9 +122,7 @@ TvMode AntennaSelectionPopup::GetTvMode() {
 
 void AntennaSelectionPopup::Update() {
   CPopupView::Update();
-#ifdef HAVE_STOP_RECORDING_POPUP
   if (m_pStopRecPopup) m_pStopRecPopup->Update();
-#endif
 }
 
 void AntennaSelectionPopup::t_Create() {
@@ -264,10 +259,8 @@ void AntennaSelectionPopup::t_Destroy() {
   s_bWaitStopRecToChangeAntenna = false;
   if (m_pStopRecPopup) {
     LOG_TRACE("\n");
-#ifdef HAVE_STOP_RECORDING_POPUP
     m_pStopRecPopup->Destroy();
     delete m_pStopRecPopup;
-#endif
     m_pStopRecPopup = nullptr;
   }
 }
@@ -465,15 +458,9 @@ void AntennaSelectionPopup::m_AntennaItemSelectCb(void* data, Evas_Object* obj, 
     // Finish the hide now, before the next popup takes the focus (docs/decisions.md).
     edje_message_signal_process();
     pThis->m_tvMode = selected;
-#ifdef HAVE_STOP_RECORDING_POPUP
     pThis->m_pStopRecPopup = new CStopRecordingPopupView();
     pThis->m_pStopRecPopup->Create();
     pThis->m_pStopRecPopup->Show();
-#else
-    // No way yet to ask which recording to stop: leave without switching.
-    LOG_TRACE("two recordings, leaving without change\n");
-    ui_app_exit();
-#endif
   } else {
     LOG_ERROR("Wrong recording count %d\n", nRecordCnt);
   }
@@ -514,8 +501,7 @@ bool AntennaSelectionPopup::m_ChangeAntennaCB(void* data, Evas_Object*, const ch
   if (strcmp(keyName, kKeyReturn) == 0) {
     pThis->m_pMsgBox->Hide();
     // The switch waits for the recorder's report (sm_CbSvcPvr).
-    s_bWaitStopRecToChangeAntenna = true;
-    pThis->m_StartStopWait();
+    WaitForStopReport();
     StopCurrentRecording();
   } else if (strcmp(keyName, kKeyBack) == 0) {
     pThis->m_pMsgBox->Hide();
@@ -572,6 +558,11 @@ void AntennaSelectionPopup::sm_CbSvcPvr(rec_result result, void* data) {
   if (pThis->m_pMsgBox) pThis->m_pMsgBox->Hide();
   Util::ChangeAntenna(pThis->m_tvMode);
   ui_app_exit();
+}
+
+void AntennaSelectionPopup::WaitForStopReport() {
+  s_bWaitStopRecToChangeAntenna = true;
+  if (s_instance) s_instance->m_StartStopWait();
 }
 
 // A plain Ecore timer, so the platform's time scale applies to it.

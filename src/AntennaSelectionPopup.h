@@ -26,6 +26,9 @@ class AntennaSelectionPopup : public CPopupView {
 
   // True while a stopped recording has to be reported before the switch.
   static bool s_bWaitStopRecToChangeAntenna;
+  // Sets that flag and bounds the wait: a report that never comes ends the
+  // application without switching (m_StopWaitTimeOutCB).
+  static void WaitForStopReport();
 
  protected:
   void t_Create() override;

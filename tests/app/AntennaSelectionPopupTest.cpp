@@ -217,7 +217,7 @@ TEST_F(AntennaPopup, FirstKeyAfterLaunchIsNotLost) {
 }
 
 TEST_F(AntennaPopup, RecordingsDecideWhetherThePickSwitches) {
-  enum Outcome { kSwitch, kAsk, kLeave, kStay };
+  enum Outcome { kSwitch, kAsk, kChoose, kStay };
   struct Row {
     const char* name;
     json recordings;
@@ -227,7 +227,8 @@ TEST_F(AntennaPopup, RecordingsDecideWhetherThePickSwitches) {
       {"no recording", json::array(), 1, kSwitch},
       {"one recording, a spare tuner", {7340034}, 2, kSwitch},
       {"one recording, no spare tuner", {7340034}, 1, kAsk},
-      {"two recordings", {7340034, 8388610}, 2, kLeave},
+      // Two recordings always ask which one to stop, spare tuner or not.
+      {"two recordings", {7340034, 8388610}, 1, kChoose},
       {"three recordings", {7340033, 7340034, 8388610}, 2, kStay},
   };
   for (const Row& row : rows) {
@@ -239,11 +240,16 @@ TEST_F(AntennaPopup, RecordingsDecideWhetherThePickSwitches) {
     ASSERT_EQ("Air", SettledFocus());
     Press({"Down", "Return"});
     EXPECT_EQ(row.outcome == kSwitch ? 1u : 0u, Tuning().size());
-    EXPECT_EQ(row.outcome == kSwitch || row.outcome == kLeave ? 1 : 0, tvsim::ExitRequests());
+    EXPECT_EQ(row.outcome == kSwitch ? 1 : 0, tvsim::ExitRequests());
     EXPECT_EQ(1u, Kpi().size());
     if (row.outcome == kAsk) {
       // The question replaces the list; the box's own flow is tested with the change flow.
       EXPECT_TRUE(tv.Logged("t_CreateMsgWidget", "t_CreateMsgWidget...", 0, 5));
+      EXPECT_FALSE(evas_object_visible_get(m_pPopup));
+    }
+    if (row.outcome == kChoose) {
+      // The stop-recording popup replaces the list; its answers are tested on their own.
+      EXPECT_TRUE(tv.Logged("t_Create", "Create ...", 0, 5));
       EXPECT_FALSE(evas_object_visible_get(m_pPopup));
     }
     if (row.outcome == kStay) {

@@ -1,109 +1,28 @@
 // Picking another antenna while a recording runs on the only recordable tuner:
 // the question, the stop, the wait for the recorder's report and the switch,
 // end to end against the simulated TV.
-#include <gtest/gtest.h>
+#include "ChangeFlowFixture.h"
 
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <string>
-#include <vector>
-
-#include "AntennaSelectionPopup.h"
-#include "AppFramework.h"
-#include "Control.h"
-#include "TempTv.h"
-#include "TimeScale.h"
-#include "UiDriver.h"
-#include "Util.h"
-
-using nlohmann::json;
+using flowtest::json;
+using flowtest::kCaller;
+using flowtest::SetTimeScale;
 
 namespace {
 
 constexpr uint64_t kRecorded = 7340034;  // 0x700002, on Air
-constexpr const char* kCaller = "org.norix.epg";
 
 // The sample TV tuned to Air with one recording and one recordable tuner; the
 // recorder reports a stop at once unless `recorder` says otherwise.
 json OneRecording(const json& patch = json::object()) {
-  std::ifstream in(std::string(TV_SOURCE_DIR) + "/scenarios/sample.json");
-  json scenario = json::parse(in);
-  scenario.merge_patch({{"recordings", {kRecorded}},
-                        {"settings", {{"system_info/238", 1}}},
-                        {"recorder", {{"stop_report", {{"delay_ms", 0}, {"event", 1}, {"result", 1}}}}}});
+  json scenario = flowtest::Scenario("sample.json", {{"recordings", {kRecorded}},
+                                                     {"settings", {{"system_info/238", 1}}},
+                                                     {"recorder", {{"stop_report", {{"delay_ms", 0}, {"event", 1}, {"result", 1}}}}}});
   scenario.merge_patch(patch);
   return scenario;
 }
 
-void SetTimeScale(const char* factor) {
-  setenv("TVSIM_TIME_SCALE", factor, 1);
-  tvsim::ReloadTimeScaleForTesting();
-}
-
-class ChangeFlow : public ::testing::Test {
+class ChangeFlow : public flowtest::ChangeFlowFixture {
  protected:
-  void SetUp() override { tvsim::ResetExitRequests(); }
-  void TearDown() override {
-    if (HasFailure()) tvtest::ReportFailure(m_pWindow, tv);
-    AntennaSelectionPopup::DestroyInstance();
-    SetTimeScale("1");
-  }
-
-  // Loads the TV, shows the antenna list and picks Cable (one row down from Air).
-  void PickCable(const json& scenario) {
-    tv.Load(scenario);
-    tv.ClearLogs();
-    tvsim::ResetExitRequests();
-    m_pWindow = Util::GetWindow();
-    tvtest::ShowOnScreen(m_pWindow);
-    tvtest::FocusWindow(m_pWindow);
-    AntennaSelectionPopup::GetInstance()->Show();
-    ASSERT_EQ("Air", SettledListFocus());
-    tvtest::PressKey(m_pWindow, "Down");
-    tvtest::PressKey(m_pWindow, "Return");
-  }
-
-  // The visible popup holding a list (the antenna popup), or null.
-  Evas_Object* VisibleList() const {
-    for (Evas_Object* popup : tvtest::FindWidgets(m_pWindow, "Elm_Popup")) {
-      Evas_Object* layout = elm_object_content_get(popup);
-      if (!layout || strcmp(elm_object_widget_type_get(layout), "Elm_Layout") != 0) continue;
-      Evas_Object* list = elm_object_part_content_get(layout, "elm.swallow.content");
-      if (evas_object_visible_get(popup) && list) return list;
-    }
-    return nullptr;
-  }
-
-  std::string SettledListFocus() {
-    std::string text;
-    tvtest::PumpUntil([&] { return VisibleList() && !(text = tvtest::FocusedRowText(VisibleList())).empty(); }, 2.0);
-    return text;
-  }
-
-  // The visible message box (a popup whose content is a box of a label and a
-  // row of buttons), or null; `buttons` receives its buttons from the start edge.
-  Evas_Object* VisibleBox(std::vector<Evas_Object*>* buttons = nullptr) const {
-    for (Evas_Object* popup : tvtest::FindWidgets(m_pWindow, "Elm_Popup")) {
-      Evas_Object* column = elm_object_content_get(popup);
-      if (!evas_object_visible_get(popup) || !column || strcmp(elm_object_widget_type_get(column), "Elm_Box") != 0) {
-        continue;
-      }
-      Eina_List* parts = elm_box_children_get(column);
-      Evas_Object* row = static_cast<Evas_Object*>(eina_list_nth(parts, 1));
-      eina_list_free(parts);
-      if (buttons && row) {
-        Eina_List* children = elm_box_children_get(row);
-        void* child;
-        Eina_List* it;
-        EINA_LIST_FOREACH(children, it, child) buttons->push_back(static_cast<Evas_Object*>(child));
-        eina_list_free(children);
-      }
-      return popup;
-    }
-    return nullptr;
-  }
-
   // Picks Cable and checks that the question is on screen with Cancel focused.
   void AskedToStop(const json& scenario) {
     PickCable(scenario);
@@ -121,26 +40,6 @@ class ChangeFlow : public ::testing::Test {
     tvtest::PressKey(m_pWindow, "Left");
     tvtest::PressKey(m_pWindow, key);
   }
-  bool Exited() const { return tvsim::ExitRequests() >= 1; }
-
-  // Sends a recorder event and waits until the application's callback has seen it.
-  void SendRecorderEvent(int event, int result) {
-    const size_t before = CallbackLines();
-    tvsim::Control(tv.DbPath()).SendRecorderEvent(event, result);
-    EXPECT_TRUE(tvtest::PumpUntil([&] { return CallbackLines() > before; }));
-  }
-
-  size_t CallbackLines() const {
-    size_t lines = 0;
-    for (const tvtest::LogLine& line : tv.Logs()) lines += line.message.find("sm_CbSvcPvr(") != std::string::npos;
-    return lines;
-  }
-
-  json Tuning() const { return tv.Show()["tuning_changes"]; }
-  json Requests() const { return tv.Show()["recorder_requests"]; }
-
-  tvtest::TempTv tv;
-  Evas_Object* m_pWindow = nullptr;
 };
 
 TEST_F(ChangeFlow, OneRecordingOnTheOnlyTunerAsksFirst) {
