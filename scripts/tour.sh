@@ -86,6 +86,46 @@ xdotool key Escape
 wait_exit
 "$tvctl" set db/menu/system/language en_US
 
+# The two questions asked when the pick would cut off a recording. Each loads
+# its own TV; the sample's before/after states above are kept.
+conflict() {  # conflict NAME SCENARIO LEFT KEYS...: pick the next antenna, answer with KEYS
+  local name=$1 scenario=$2 left=$3
+  shift 3
+  echo "tour: $name"
+  "$tvctl" load "$root/scenarios/$scenario"
+  start_app
+  xdotool key Down
+  settle
+  xdotool key Return
+  settle
+  shot "$name"
+  for key in "$@"; do
+    xdotool key "$key"
+    settle
+  done
+  wait_exit
+  # The switch happened, and only after the chosen recording stopped.
+  if [ "$("$tvctl" show | jq -c '[.tv_mode.antenna, .recordings]')" != "[1,$left]" ]; then
+    echo "tour: $name: expected antenna 1 and recordings $left, got $("$tvctl" show | jq -c '[.tv_mode, .recordings]')" >&2
+    exit 1
+  fi
+  {
+    echo
+    echo "## $name ($scenario, answered with: $*)"
+    echo
+    echo "Tuning mode after: $("$tvctl" show | jq -c .tv_mode); recordings left: $("$tvctl" show | jq -c .recordings)"
+    echo
+    echo '```'
+    "$tvctl" show | jq -c '.recorder_requests[]'
+    echo '```'
+  } >>"$out/conflict.md"
+}
+: >"$out/conflict.md"
+# One recording on the only recordable tuner: the box; Left then Return agrees.
+conflict box-one-recording one-recording.json '[]' Left Return
+# Two recordings: which one to stop; Return stops the first.
+conflict stop-popup-two-recordings two-recordings.json '[8388610]' Return
+
 {
   echo "After: tuning mode $(jq -c .tv_mode "$out/state-after.json")"
   echo
@@ -94,6 +134,8 @@ wait_exit
   echo '```'
   jq -c '.tuning_changes[], .kpi_events[]' "$out/state-after.json"
   echo '```'
+  echo
+  cat "$out/conflict.md"
   echo
   echo "## Log lines"
   echo
