@@ -13,6 +13,7 @@
 
 #include "App.h"
 #include "Environment.h"
+#include "FrameProbe.h"
 #include "Keys.h"
 #include "Language.h"
 #include "SettingsWatch.h"
@@ -225,6 +226,7 @@ void Framework::Track(Evas_Object* window) {
   evas_object_event_callback_add(window, EVAS_CALLBACK_SHOW, OnVisibility, this);
   evas_object_event_callback_add(window, EVAS_CALLBACK_HIDE, OnVisibility, this);
   evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, OnWindowDel, this);
+  tvsim::AttachFrameProbe(window);  // only with TVSIM_FRAME_PROBE set (benchmarks)
   ScheduleUpdate();
 }
 

@@ -55,6 +55,10 @@ void Write(Store& store, const Scenario& scenario) {
       InsertService(insert, range.Row(i));
     }
   }
+  // The service counts the navigators report, in one pass over the mode index.
+  store.Exec(
+      "INSERT INTO service_counts SELECT antenna, service, navigation, COUNT(*) FROM services "
+      "GROUP BY antenna, service, navigation");
   int64_t position = 0;
   for (const json& profile : scenario.profiles) {
     store.Prepare("INSERT INTO profiles(position, data) VALUES(?,?)").Bind(1, position++).Bind(2, profile.dump()).Run();
@@ -71,6 +75,7 @@ void Write(Store& store, const Scenario& scenario) {
 void ClearTv(Store& store) {
   store.Exec(
       "DELETE FROM screens; DELETE FROM antenna_names; DELETE FROM number_formats; DELETE FROM services; "
+      "DELETE FROM service_counts; "
       "DELETE FROM profiles; DELETE FROM settings; DELETE FROM recordings; DELETE FROM config; "
       "DELETE FROM faults; DELETE FROM sqlite_sequence WHERE name IN ('recordings', 'faults')");
   ClearRecords(store);

@@ -83,9 +83,12 @@ std::optional<std::vector<ServiceRow>> FindServices(Store& store, const std::vec
 }
 
 int64_t CountServices(Store& store, const TvMode& mode, int navigationMode) {
+  // From the per-mode totals the loader keeps: a scan of the mode's services
+  // would grow with them.
   auto s = navigationMode >= 0
-               ? store.Prepare("SELECT COUNT(*) FROM services WHERE antenna = ? AND service = ? AND (navigation & ?) != 0")
-               : store.Prepare("SELECT COUNT(*) FROM services WHERE antenna = ? AND service = ?");
+               ? store.Prepare("SELECT COALESCE(SUM(count), 0) FROM service_counts "
+                               "WHERE antenna = ? AND service = ? AND (navigation & ?) != 0")
+               : store.Prepare("SELECT COALESCE(SUM(count), 0) FROM service_counts WHERE antenna = ? AND service = ?");
   s.Bind(1, mode.antennaMode).Bind(2, mode.serviceMode);
   if (navigationMode >= 0) s.Bind(3, NavigationBit(navigationMode));
   s.Step();

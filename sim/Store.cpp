@@ -8,8 +8,9 @@ namespace tvsim {
 
 namespace {
 
-// Schema version 1. Services are indexed by mode and navigation mask so that a
-// count per mode is answered from the index alone.
+// Schema version 2. Services are indexed by mode and navigation mask; the count
+// per mode comes from service_counts (one row per mode and navigation mask, kept
+// by the loader), so that it costs the same for ten services as for a million.
 const char* const kSchema = R"sql(
 CREATE TABLE screens(screen INTEGER PRIMARY KEY, antenna INTEGER NOT NULL, service INTEGER NOT NULL);
 CREATE TABLE antenna_names(antenna INTEGER NOT NULL, service INTEGER, name TEXT NOT NULL);
@@ -19,6 +20,8 @@ CREATE TABLE services(id INTEGER PRIMARY KEY, antenna INTEGER NOT NULL, service 
   programme TEXT, current INTEGER NOT NULL DEFAULT 0);
 CREATE INDEX services_by_mode ON services(antenna, service, navigation);
 CREATE INDEX services_by_number ON services(antenna, service, current DESC, major, minor);
+CREATE TABLE service_counts(antenna INTEGER NOT NULL, service INTEGER NOT NULL, navigation INTEGER NOT NULL,
+  count INTEGER NOT NULL, PRIMARY KEY(antenna, service, navigation)) WITHOUT ROWID;
 CREATE TABLE profiles(position INTEGER PRIMARY KEY, data TEXT NOT NULL);
 CREATE TABLE settings(key TEXT PRIMARY KEY, type TEXT NOT NULL CHECK(type IN ('int', 'bool', 'string')), value);
 CREATE TABLE recordings(position INTEGER PRIMARY KEY AUTOINCREMENT, service_id INTEGER NOT NULL UNIQUE);
@@ -39,6 +42,14 @@ CREATE TABLE calls(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pi
   op TEXT NOT NULL, args TEXT NOT NULL, result TEXT NOT NULL);
 CREATE TABLE recorder_events(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL,
   event INTEGER NOT NULL, result INTEGER NOT NULL, data TEXT NOT NULL);
+)sql";
+
+// From version 1: the counts table, filled from the services already there.
+const char* const kUpgradeFrom1 = R"sql(
+CREATE TABLE service_counts(antenna INTEGER NOT NULL, service INTEGER NOT NULL, navigation INTEGER NOT NULL,
+  count INTEGER NOT NULL, PRIMARY KEY(antenna, service, navigation)) WITHOUT ROWID;
+INSERT INTO service_counts SELECT antenna, service, navigation, COUNT(*) FROM services
+  GROUP BY antenna, service, navigation;
 )sql";
 
 void MakeParents(const std::string& path) {
@@ -146,11 +157,14 @@ void Store::Migrate() {
   const int64_t current = version.Int(0);
   version.Run();
   if (current == kSchemaVersion) return;
-  if (current != 0) {
+  if (current == 1) {
+    Exec(kUpgradeFrom1);
+  } else if (current != 0) {
     throw StoreError(m_path + ": schema version " + std::to_string(current) + " is not " +
                      std::to_string(kSchemaVersion));
+  } else {
+    Exec(kSchema);
   }
-  Exec(kSchema);
   Exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
   transaction.Commit();
 }

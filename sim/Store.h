@@ -55,7 +55,7 @@ class Statement {
 
 class Store {
  public:
-  static constexpr int kSchemaVersion = 1;
+  static constexpr int kSchemaVersion = 2;
 
   // Opens (and creates, with its folder) the database at path.
   explicit Store(const std::string& path);

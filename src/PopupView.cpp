@@ -155,6 +155,9 @@ void CPopupView::m_RowFocusJobCB(void* data) {
                               pThis);
       focus.bRenderHooked = true;
     }
+    // An idle canvas draws its next frame only when something changes: ask
+    // for one, so that the row is focused in the frame right after.
+    if (bOnScreen && pThis->m_pWindow) evas_damage_rectangle_add(evas_object_evas_get(pThis->m_pWindow), 0, 0, 1, 1);
     return;
   }
   pThis->m_UnhookRender();
