@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "Faults.h"
@@ -50,19 +51,31 @@ nlohmann::json ResultJson(const R& result) {
   }
 }
 
-// Runs body(PortContext&) -> R as the port operation op. failure is returned when
-// the database cannot be used or the body throws.
-template <typename R, typename Body>
-R RunPort(const char* op, const nlohmann::json& args, const std::vector<std::string>& targets, R failure,
-          Body&& body) {
+// What the body of an operation that needs no TV state gets: only the outputs.
+struct PureContext {
+  nlohmann::json out;
+};
+
+// The boundary both wrappers share. kPure: the operation needs no TV state, so
+// it still runs when the database cannot be opened, only unrecorded and without
+// faults; any other operation fails then.
+template <bool kPure, typename R, typename Body>
+R RunPortCall(const char* op, const nlohmann::json& args, const std::vector<std::string>& targets, R failure,
+              Body&& body) {
   try {
     Store* store = PlatformStore();
-    if (store == nullptr) return failure;
-    const std::optional<Fault> fault = TakeFault(*store, op, targets);
-    PortContext context{*store, fault, nullptr};
+    if (store == nullptr && !kPure) return failure;
+    const std::optional<Fault> fault = store ? TakeFault(*store, op, targets) : std::nullopt;
+    auto context = [&] {
+      if constexpr (kPure) {
+        return PureContext{};
+      } else {
+        return PortContext{*store, fault, nullptr};
+      }
+    }();
     R result = (fault && fault->result) ? FaultResult<R>(*fault->result) : body(context);
     if (fault) context.out["fault"] = fault->id;
-    RecordCall(*store, op, args, ResultJson(result), context.out);
+    if (store) RecordCall(*store, op, args, ResultJson(result), context.out);
     return result;
   } catch (const std::exception& e) {
     ReportPortError(op, e.what());
@@ -72,26 +85,20 @@ R RunPort(const char* op, const nlohmann::json& args, const std::vector<std::str
   return failure;
 }
 
-// For operations that need no TV state (text conversion, templates): they still
-// work when the database cannot be opened, only unrecorded and without faults.
+// Runs body(PortContext&) -> R as the port operation op. failure is returned when
+// the database cannot be used or the body throws.
+template <typename R, typename Body>
+R RunPort(const char* op, const nlohmann::json& args, const std::vector<std::string>& targets, R failure,
+          Body&& body) {
+  return RunPortCall<false, R>(op, args, targets, failure, std::forward<Body>(body));
+}
+
+// For operations that need no TV state (text conversion, templates):
 // body(nlohmann::json& out) -> R.
 template <typename R, typename Body>
 R RunPurePort(const char* op, const nlohmann::json& args, const std::vector<std::string>& targets, R failure,
               Body&& body) {
-  try {
-    Store* store = PlatformStore();
-    const std::optional<Fault> fault = store ? TakeFault(*store, op, targets) : std::nullopt;
-    nlohmann::json out;
-    R result = (fault && fault->result) ? FaultResult<R>(*fault->result) : body(out);
-    if (fault) out["fault"] = fault->id;
-    if (store) RecordCall(*store, op, args, ResultJson(result), out);
-    return result;
-  } catch (const std::exception& e) {
-    ReportPortError(op, e.what());
-  } catch (...) {
-    ReportPortError(op, "unknown exception");
-  }
-  return failure;
+  return RunPortCall<true, R>(op, args, targets, failure, [&](PureContext& context) { return body(context.out); });
 }
 
 }  // namespace tvsim

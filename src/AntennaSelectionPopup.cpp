@@ -238,6 +238,13 @@ void AntennaSelectionPopup::t_Destroy() {
     delete m_pMsgBox;
     m_pMsgBox = nullptr;
   }
+  if (m_pStopRecPopup) {
+    // Shown over this popup, it goes before it for the same reason.
+    LOG_TRACE("\n");
+    m_pStopRecPopup->Destroy();
+    delete m_pStopRecPopup;
+    m_pStopRecPopup = nullptr;
+  }
   // Nothing that carries `this` may fire while the widgets go away.
   if (m_pGenlist) {
     evas_object_smart_callback_del_full(m_pGenlist, "item,focused", m_ItemFocusedCB, this);
@@ -257,12 +264,6 @@ void AntennaSelectionPopup::t_Destroy() {
   // Nobody waits for a stop report once the popup is gone.
   m_EndStopWait();
   s_bWaitStopRecToChangeAntenna = false;
-  if (m_pStopRecPopup) {
-    LOG_TRACE("\n");
-    m_pStopRecPopup->Destroy();
-    delete m_pStopRecPopup;
-    m_pStopRecPopup = nullptr;
-  }
 }
 
 int AntennaSelectionPopup::t_GetTimeOutSeconds() { return kTimeOutSeconds; }

@@ -107,7 +107,6 @@ TEST_F(Shell, AResumeBeforeTheFirstLaunchIsReplacedByAFreshPopup) {
   tv.Load(SampleWithoutRecordings());
   app_create(nullptr);
   app_resume(nullptr);
-  AntennaSelectionPopup* early = AntennaSelectionPopup::GetInstance();
   ASSERT_NE(nullptr, ShownPopup());
   tv.ClearLogs();
   app_control(nullptr, nullptr);
@@ -116,16 +115,12 @@ TEST_F(Shell, AResumeBeforeTheFirstLaunchIsReplacedByAFreshPopup) {
   EXPECT_EQ(nullptr, ShownPopup());
   app_resume(nullptr);
   EXPECT_NE(nullptr, ShownPopup());
-  (void)early;
   app_terminate(nullptr);
 }
 
 TEST_F(Shell, TextClassFollowsTheScaleAndFocusZoom) {
-  struct Row {
-    double scale;
-    int zoom;
-    int size;
-  } rows[] = {{1.0, 0, 15}, {1.0, 1, 18}, {1.5, 0, 23}, {1.5, 1, 27}, {2.0, 0, 30}, {2.0, 1, 36}};
+  struct Row { double scale; int zoom, size; } rows[] = {
+      {1.0, 0, 15}, {1.0, 1, 18}, {1.5, 0, 23}, {1.5, 1, 27}, {2.0, 0, 30}, {2.0, 1, 36}};
   for (const Row& row : rows) {
     SCOPED_TRACE(testing::Message() << row.scale << " zoom " << row.zoom);
     tv.Load({{"settings", {{"db/menu/system/accessibility/focuszoom", row.zoom}}}});
@@ -157,12 +152,8 @@ TEST_F(Shell, FocusZoomChangesApplyAtOnce) {
 }
 
 TEST_F(Shell, MirroringFollowsTheLanguage) {
-  struct Row {
-    const char* atStart;
-    bool mirroredAtStart;
-    const char* changedTo;
-    bool mirroredAfter;
-  } rows[] = {
+  struct Row { const char* atStart; bool mirroredAtStart; const char* changedTo; bool mirroredAfter; }
+  rows[] = {
       {"ar_AE", true, "en_US", false},
       {"en_US", false, "he_IL", true},
       {"de_DE", false, "de_DE", false},

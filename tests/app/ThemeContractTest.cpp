@@ -123,11 +123,7 @@ TEST(ThemeContract, EveryDocumentedGroupPartAndDataItemIsBuilt) {
 }
 
 TEST(ThemeContract, TextsMoveToTheEndEdgeWhenMirrored) {
-  struct Row {
-    const char* file;
-    const char* group;
-    const char* part;
-  } rows[] = {
+  struct Row { const char *file, *group, *part; } rows[] = {
       {"tv-platform.edj", "elm/genlist/item/C_Textitem_WhiteSingleline01/default", "elm.text"},
       {"tv-platform.edj", "elm/genlist/item/C_TextItem_WhiteMultiline01/default", "elm.text"},
       {"tv-platform.edj", "elm/genlist/item/C_TextItem_WhiteMultiline01/default", "elm.text.1"},

@@ -6,8 +6,6 @@ namespace {
 using namespace utiltest;
 using UtilRecording = Fresh;
 
-const char kPvrKey[] = "com.velmora/featureconf/pvr.pvr_support";
-
 TEST_F(UtilRecording, TwoTunersCountAsOneOnASingleSatelliteConnection) {
   const json sat = {{"antenna", 2}, {"service", 5}}, air = {{"antenna", 0}, {"service", 21}};
   // Tuner count, recordable tuners and the connection; absent keys are missing on the TV.

@@ -18,6 +18,7 @@ using nlohmann::json;
 inline const char kFailedOpen[] = "ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &m_pNavigator) failed";
 inline const char kSaAtvKey[] =
     "com.velmora/featureconf/broadcasting.antenna_selection_util.service_mode_for_sa_atv";
+inline const char kPvrKey[] = "com.velmora/featureconf/pvr.pvr_support";
 inline const char kPip[] = "db/menu/picture/pip/onoff";
 inline const char kConnection[] = "db/menu/Broadcast/setting/SatelliteSystem/SatelliteAntConnectionType";
 

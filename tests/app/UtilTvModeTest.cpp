@@ -74,27 +74,23 @@ TEST_F(UtilTvMode, ExistChannelCountsTheServicesOfTheNavigationList) {
   }
 }
 
-TEST_F(UtilTvMode, ServiceModeFollowsTheCountryTable) {
-  const std::vector<std::pair<int, int>> rows = {
-      {0, 0},  {2, 0},  {1, 21}, {36, 21}, {63, 21}, {75, 21}, {34, 2},  {64, 2},  {65, 2},  {67, 2},
-      {69, 2}, {70, 2}, {74, 2}, {80, 2},  {85, 2},  {3, 1},   {33, 1},  {35, 1},  {66, 1},  {68, 1},
-      {76, 1}, {79, 1}, {84, 1}, {86, 1},  {500, 1}, {-5, 1},  {-2, 1}};
-  for (const auto& [country, expected] : rows) {
-    SCOPED_TRACE("country " + std::to_string(country));
-    Util::ResetCachesForTesting();
-    auto tv = Tv({{"settings", {{"system_settings/57", country}, {kSaAtvKey, false}}}});
-    EXPECT_EQ(expected, Util::GetServiceMode());
-  }
-}
-
-TEST_F(UtilTvMode, ServiceModeFeatureKeyAndUnknownCountry) {
-  struct Row { const char* name; json settings; int expected; bool countryFailed, regionFailed; } rows[] = {
+TEST_F(UtilTvMode, ServiceModeFollowsTheCountryTableTheFeatureKeyAndFailures) {
+  struct Row { std::string name; json settings; int expected; bool countryFailed, regionFailed; };
+  std::vector<Row> rows = {
       {"feature on, country 1", {{"system_settings/57", 1}, {kSaAtvKey, true}}, 2, false, false},
       {"feature on, country 5", {{"system_settings/57", 5}, {kSaAtvKey, true}}, 2, false, false},
       {"feature on, country -1", {{"system_settings/57", -1}, {kSaAtvKey, true}}, -1, false, true},
       {"feature on, no country", {{kSaAtvKey, true}}, -1, true, true},
       {"no feature key", {{"system_settings/57", 2}}, -1, false, true},
   };
+  const std::pair<int, int> countries[] = {
+      {0, 0},  {2, 0},  {1, 21}, {36, 21}, {63, 21}, {75, 21}, {34, 2},  {64, 2},  {65, 2},  {67, 2},
+      {69, 2}, {70, 2}, {74, 2}, {80, 2},  {85, 2},  {3, 1},   {33, 1},  {35, 1},  {66, 1},  {68, 1},
+      {76, 1}, {79, 1}, {84, 1}, {86, 1},  {500, 1}, {-5, 1},  {-2, 1}};
+  for (const auto& [country, expected] : countries) {
+    rows.push_back({"country " + std::to_string(country), {{"system_settings/57", country}, {kSaAtvKey, false}},
+                    expected, false, false});
+  }
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     Util::ResetCachesForTesting();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 #include "PopupView.h"
 #include "TempTv.h"
@@ -45,10 +46,9 @@ class CountingView : public CView {
   int m_nSeconds;
 };
 
-// Time-outs run 50 times faster: one second of a view is 20 ms. The tests
-// compare views with each other, never with the clock, and leave room for a
-// busy machine (a 1-second view times out about five times in five seconds;
-// two are asked for).
+// Time-outs run 50 times faster: one second of a view is 20 ms. Views are
+// compared with a 5-second reference view, never with the clock, leaving room
+// for a busy machine (a 1-second view times out about five times; two are asked for).
 class View : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -68,103 +68,56 @@ class View : public ::testing::Test {
   }
 };
 
-TEST_F(View, TimesOutRepeatedlyOnlyWithAPositivePeriod) {
-  struct Row {
-    int seconds;
-    bool timesOut;
-  } rows[] = {{1, true}, {0, false}, {-5, false}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.seconds);
-    CountingView view(row.seconds);
-    view.Create();
-    view.Show();
-    RunFiveSeconds();
-    // Repeatedly, not just once.
-    if (row.timesOut) {
-      EXPECT_GE(view.nTimeOuts, 2);
-    } else {
-      EXPECT_EQ(0, view.nTimeOuts);
-    }
-    view.Destroy();
+TEST_F(View, TimesOutRepeatedlyWhileShownUntilHiddenPausedBusyOrDestroyed) {
+  CountingView repeats(1), zero(0), negative(-5), hidden(1), once(2), thrice(2), busy(1), paused(1), idle(0);
+  for (CountingView* view : {&repeats, &zero, &negative}) {
+    view->Create();
+    view->Show();
   }
-}
-
-TEST_F(View, HideStopsTheCountdownAndShowStartsAFreshOne) {
-  CountingView view(1);
-  view.Destroy();  // harmless without a timer, as are the second Hide and Destroy below
-  view.Show();
-  view.Hide();
-  RunFiveSeconds();
-  EXPECT_EQ(0, view.nTimeOuts);
-  view.Show();
-  RunFiveSeconds();
-  EXPECT_GE(view.nTimeOuts, 2);
-  view.Destroy();
-  view.Hide();
-  view.Destroy();
-  const int afterDestroy = view.nTimeOuts;
-  RunFiveSeconds();
-  EXPECT_EQ(afterDestroy, view.nTimeOuts);
-}
-
-TEST_F(View, ShowingAShownViewKeepsOneCountdown) {
-  CountingView once(2), twice(2);
+  hidden.Destroy();  // harmless without a timer
+  hidden.Show();
+  hidden.Hide();
   once.Show();
-  twice.Show();
-  twice.Show();
-  twice.Show();
-  tvtest::PumpUntil([&] { return once.nTimeOuts >= 3; });
-  // Three timers would time out three times as often.
-  EXPECT_LE(twice.nTimeOuts, once.nTimeOuts + 1);
-  once.Destroy();
-  twice.Destroy();
-}
-
-TEST_F(View, ActivityPostponesTheTimeOut) {
-  CountingView view(1);
-  view.Show();
+  for (int i = 0; i < 3; ++i) thrice.Show();  // three timers would time out three times as often
+  busy.Show();
   // Activity every half period: the view never times out.
   Ecore_Timer* activity = ecore_timer_loop_add(
       tvsim::Scaled(0.5), [](void* data) -> Eina_Bool {
         static_cast<CountingView*>(data)->ResetTimeOut();
         return ECORE_CALLBACK_RENEW;
       },
-      &view);
-  RunFiveSeconds();
-  EXPECT_EQ(0, view.nTimeOuts);
-  ecore_timer_del(activity);
-  RunFiveSeconds();
-  EXPECT_GE(view.nTimeOuts, 1);
-  view.Destroy();
-}
-
-TEST_F(View, PauseFreezesTheCountdownAndResumeRestartsIt) {
-  CountingView view(1), idle(0);
-  view.Show();
-  view.OnPause();
+      &busy);
+  paused.Show();
+  paused.OnPause();
   idle.OnPause();
-  RunFiveSeconds();
-  EXPECT_EQ(0, view.nTimeOuts);
-  view.OnResume();
-  idle.OnResume();
-  RunFiveSeconds();
-  EXPECT_GE(view.nTimeOuts, 1);
-  // The hooks run with or without a timer.
-  EXPECT_EQ(1, view.nPauses);
-  EXPECT_EQ(1, view.nResumes);
-  EXPECT_EQ(1, idle.nPauses);
-  EXPECT_EQ(1, idle.nResumes);
-  view.Destroy();
-}
-
-TEST_F(View, ATimeOutMayDestroyAndDeleteItsOwnView) {
   bool deleted = false;
-  auto* view = new CountingView(1);
-  view->bDeleteOnTimeOut = true;
-  view->pDeleted = &deleted;
-  view->Show();
-  EXPECT_TRUE(tvtest::PumpUntil([&] { return deleted; }));
-  RunFiveSeconds();  // nothing of the view's may fire any more
+  auto* self = new CountingView(1);  // destroys and deletes itself in its time-out
+  self->bDeleteOnTimeOut = true;
+  self->pDeleted = &deleted;
+  self->Show();
+  RunFiveSeconds();
+  EXPECT_GE(repeats.nTimeOuts, 2);
+  EXPECT_EQ(0, zero.nTimeOuts + negative.nTimeOuts + hidden.nTimeOuts + busy.nTimeOuts + paused.nTimeOuts);
+  EXPECT_LE(thrice.nTimeOuts, once.nTimeOuts + 1);
+  EXPECT_TRUE(deleted);
+
+  repeats.Destroy();
+  repeats.Hide();
+  repeats.Destroy();
+  const int afterDestroy = repeats.nTimeOuts;
+  hidden.Show();  // a fresh countdown
+  ecore_timer_del(activity);
+  paused.OnResume();
+  idle.OnResume();
+  RunFiveSeconds();  // nothing of the deleted view's may fire any more either
+  EXPECT_EQ(afterDestroy, repeats.nTimeOuts);
+  EXPECT_GE(hidden.nTimeOuts, 2);
+  EXPECT_GE(busy.nTimeOuts, 1);
+  EXPECT_GE(paused.nTimeOuts, 1);
+  // The hooks run with or without a timer.
+  EXPECT_EQ(std::vector<int>({1, 1, 1, 1}),
+            std::vector<int>({paused.nPauses, paused.nResumes, idle.nPauses, idle.nResumes}));
+  for (CountingView* view : {&zero, &negative, &hidden, &once, &thrice, &busy, &paused}) view->Destroy();
 }
 
 // A popup view that lets the test see its popup.
@@ -179,7 +132,7 @@ class TestPopup : public CPopupView {
   }
 };
 
-TEST(PopupView, ShowsAndHidesOnePopupInTheApplicationWindow) {
+TEST(PopupView, ShowsAndHidesOnePopupInTheApplicationWindowUntilEitherGoes) {
   tvtest::TempTv tv;
   TestPopup view;
   view.Create();
@@ -203,13 +156,20 @@ TEST(PopupView, ShowsAndHidesOnePopupInTheApplicationWindow) {
   view.Destroy();
   EXPECT_TRUE(gone);
   EXPECT_EQ(nullptr, view.Popup());
+  // A popup taken down with its window is forgotten; the next GetWindow() makes a new window.
+  view.Create();
+  view.Show();
+  evas_object_del(view.Window());
+  EXPECT_EQ(nullptr, view.Popup());
+  view.Update();
+  view.Hide();
+  view.Destroy();
+  EXPECT_NE(nullptr, Util::GetWindow());
 }
 
 TEST(PopupView, FocusZoomScalesThePopupOnly) {
-  struct Row {
-    nlohmann::json value;  // null: the key is missing
-    double scale;
-  } rows[] = {{1, 1.2}, {7, 1.2}, {0, 1.0}, {-3, 1.0}, {nullptr, 1.0}};
+  // value null: the key is missing
+  struct Row { nlohmann::json value; double scale; } rows[] = {{1, 1.2}, {7, 1.2}, {0, 1.0}, {-3, 1.0}, {nullptr, 1.0}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.value.dump());
     tvtest::TempTv tv;
@@ -227,19 +187,6 @@ TEST(PopupView, FocusZoomScalesThePopupOnly) {
     EXPECT_DOUBLE_EQ(row.scale > 1.0 ? 1.0 : 1.2, elm_object_scale_get(view.Popup()));
     view.Destroy();
   }
-}
-
-TEST(PopupView, APopupTakenDownWithItsWindowIsForgotten) {
-  tvtest::TempTv tv;
-  TestPopup view;
-  view.Create();
-  view.Show();
-  evas_object_del(view.Window());  // the next GetWindow() makes a new one
-  EXPECT_EQ(nullptr, view.Popup());
-  view.Update();
-  view.Hide();
-  view.Destroy();
-  EXPECT_NE(nullptr, Util::GetWindow());
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // TVSIM_TIME_SCALE reaches the application's own timers (this executable is linked
-// like the application, with ecore_timer_add wrapped) and nothing else.
+// like the application, with ecore_timer_add wrapped) and nothing else. The
+// program's own scaled time-out is run end to end in tests/app/ShellTest.cpp.
 #include <cstdlib>
 
 #include "SimTestUtil.h"
-#include "TempTv.h"
 #include "TimeScale.h"
 
 namespace {
@@ -38,22 +38,6 @@ TEST_F(TimeScaleTest, ScalesApplicationTimersAndLeavesLoopTimersAlone) {
     ecore_timer_del(application);
     ecore_timer_del(platform);
   }
-}
-
-TEST_F(TimeScaleTest, ThirtySecondApplicationTimeOutEndsTheRunWithinABoundedWait) {
-  tvtest::TempTv tv;
-  Scale("0.001");
-  simtest::TestApp app;
-  app.onResume = [&app] {
-    // The product's inactivity time-out, as the application writes it.
-    ecore_timer_add(30.0, [](void* data) -> Eina_Bool {
-      static_cast<simtest::TestApp*>(data)->events.push_back("time-out");
-      ui_app_exit();
-      return ECORE_CALLBACK_CANCEL;
-    }, &app);
-  };
-  EXPECT_EQ(app.Run(), 0);
-  EXPECT_EQ(app.events, (simtest::Events{"create", "app_control", "resume", "time-out", "terminate"}));
 }
 
 }  // namespace

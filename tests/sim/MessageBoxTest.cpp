@@ -84,12 +84,13 @@ class MessageBoxTest : public ::testing::Test {
   }
 
   // The box as the antenna flow builds it: two buttons, focus on the second.
-  MessageBox* MakeBox(int timeOutSecs = 0, bool modal = false) {
+  MessageBox* MakeBox(int timeOutSecs = 0, bool modal = false, bool rich = false,
+                      const char* message = "Recording stops. Continue? <1 & 2>") {
     m_owner.box = new MessageBox(modal);
     MessageBox* box = m_owner.box;
-    EXPECT_TRUE(box->Create(m_win, 2, TimedWidget::BG_COLOR_WHITE, 0, false));
+    EXPECT_TRUE(box->Create(m_win, 2, TimedWidget::BG_COLOR_WHITE, 0, rich));
     box->SetTitle("Change Antenna");
-    box->SetMessage("Recording stops. Continue? <1 & 2>");
+    box->SetMessage(message);
     box->SetButtonText(1, "Change", nullptr);
     box->SetButtonText(2, "Cancel", nullptr);
     box->SetButtonCallback(1, OnButton<1>, &m_owner);
@@ -99,6 +100,13 @@ class MessageBoxTest : public ::testing::Test {
     box->SetTimeOutCallback(OnTimeOut, &m_owner);
     box->SetVisibleChangeCallback(OnVisibility, &m_owner);
     return box;
+  }
+
+  // Deletes the box, forgets what it told its owner, and waits for its widgets to go.
+  void DeleteBox() {
+    m_owner.DeleteBox();
+    Reset(m_owner);
+    ASSERT_TRUE(tvtest::PumpUntil([&] { return Popup() == nullptr; }));
   }
 
   Evas_Object* Popup() const { return tvtest::FindWidget(m_win, "Elm_Popup"); }
@@ -153,29 +161,16 @@ class MessageBoxTest : public ::testing::Test {
 }  // namespace
 
 TEST_F(MessageBoxTest, ShowsItsTextsWithFocusOnTheDefaultButtonAndArrowsMoveIt) {
-  struct Row {
-    const char* name;
-    bool mirrored;
-    const char* toButton1;  // the key that moves from button 2 to button 1
-    const char* toButton2;
-    bool rich;
-    const char* message;
-    const char* shown;  // the message's text, markup removed
-  };
+  // toButton1: the key that moves from button 2 to button 1; shown: the message's text, markup removed.
+  struct Row { const char* name; bool mirrored; const char *toButton1, *toButton2; bool rich;
+               const char *message, *shown; };
   const Row rows[] = {
       {"left to right, plain", false, "Left", "Right", false, "Stops. Continue? <1 & 2>", "Stops. Continue? <1 & 2>"},
       {"right to left, rich", true, "Right", "Left", true, "<b>Stops</b>.<br>Continue?", "Stops.\nContinue?"}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     elm_config_mirrored_set(row.mirrored ? EINA_TRUE : EINA_FALSE);
-    MessageBox* box = MakeBox();
-    ASSERT_TRUE(box->Create(m_win, 2, TimedWidget::BG_COLOR_WHITE, 0, row.rich));  // made anew
-    box->SetTitle("Change Antenna");
-    box->SetMessage(row.message);
-    box->SetButtonText(1, "Change", nullptr);
-    box->SetButtonText(2, "Cancel", nullptr);
-    box->SetDefaultFocus(2);
-    box->Show();
+    MakeBox(0, false, row.rich, row.message)->Show();
     ASSERT_TRUE(tvtest::RenderedOnce(m_win));
     Evas_Object* popup = Popup();
     ASSERT_NE(nullptr, popup);
@@ -201,13 +196,11 @@ TEST_F(MessageBoxTest, ShowsItsTextsWithFocusOnTheDefaultButtonAndArrowsMoveIt) 
     tvtest::PressKey(m_win, row.toButton2);
     EXPECT_EQ("Cancel", FocusedText());
     EXPECT_TRUE(m_owner.presses.empty());  // moving is not pressing
-    delete box;
-    Reset(m_owner);
-    ASSERT_TRUE(tvtest::PumpUntil([&] { return Popup() == nullptr; }));
+    DeleteBox();
   }
 }
 
-TEST_F(MessageBoxTest, AModalBoxTakesClicksBesideItAndStillMovesFocus) {
+TEST_F(MessageBoxTest, KeysAndClicksPressTheFocusedButtonWithTheKeysNameAndAModalBoxTakesClicksBesideIt) {
   // Something of the application's in the screen's corner, under the box's dimmed area.
   Evas_Object* behind = elm_button_add(m_win);
   evas_object_move(behind, 0, 0);
@@ -216,56 +209,39 @@ TEST_F(MessageBoxTest, AModalBoxTakesClicksBesideItAndStillMovesFocus) {
   int clickedBehind = 0;
   evas_object_smart_callback_add(
       behind, "clicked", [](void* data, Evas_Object*, void*) { ++*static_cast<int*>(data); }, &clickedBehind);
-  for (bool modal : {false, true}) {
-    SCOPED_TRACE(modal ? "modal" : "not modal");
-    clickedBehind = 0;
-    MessageBox* box = MakeBox(0, modal);
-    box->Show();
-    ASSERT_TRUE(tvtest::PumpUntil([&] { return FocusedText() == "Cancel"; }));
-    tvtest::PressKey(m_win, "Left");
-    EXPECT_EQ("Change", FocusedText());
-    Click(behind);
-    EXPECT_EQ(modal ? 0 : 1, clickedBehind);
-    EXPECT_TRUE(m_owner.presses.empty());
-    delete box;
-    Reset(m_owner);
-    ASSERT_TRUE(tvtest::PumpUntil([&] { return Popup() == nullptr; }));
-  }
-}
-
-TEST_F(MessageBoxTest, KeysAndClicksPressTheFocusedButtonWithTheKeysName) {
-  struct Row {
-    const char* name;
-    std::vector<const char*> keys;  // "click:LABEL" clicks that button
-    std::vector<Press> expected;
-  };
-  const Row rows[] = {
-      {"select on the default button", {"Return"}, {{2, "Return"}}},
-      {"select after moving", {"Left", "Return"}, {{1, "Return"}}},
-      {"back on the default button", {"XF86Back"}, {{2, "XF86Back"}}},
-      {"back after moving", {"Left", "XF86Back"}, {{1, "XF86Back"}}},
-      {"other keys press nothing", {"Down", "Up", "a"}, {}},
-      {"a click counts as select", {"click:Change"}, {{1, "Return"}}},
+  // "click:X" clicks the button X, "click:" what is behind the box.
+  struct Row { const char* name; bool modal; std::vector<const char*> keys; std::vector<Press> expected;
+               int behindClicks; } rows[] = {
+      {"select on the default button", false, {"Return"}, {{2, "Return"}}, 0},
+      {"select after moving", false, {"Left", "Return"}, {{1, "Return"}}, 0},
+      {"back on the default button", false, {"XF86Back"}, {{2, "XF86Back"}}, 0},
+      {"back after moving", false, {"Left", "XF86Back"}, {{1, "XF86Back"}}, 0},
+      {"other keys press nothing", false, {"Down", "Up", "a"}, {}, 0},
+      {"a click counts as select", false, {"click:Change"}, {{1, "Return"}}, 0},
+      {"a click beside the box reaches what is behind", false, {"Left", "click:"}, {}, 1},
+      {"a modal box takes it and still moves focus", true, {"Left", "Return", "click:"}, {{1, "Return"}}, 0},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    MessageBox* box = MakeBox();
+    clickedBehind = 0;
+    MessageBox* box = MakeBox(0, row.modal);
     box->Show();
     ASSERT_TRUE(tvtest::PumpUntil([&] { return FocusedText() == "Cancel"; }));
     for (const char* key : row.keys) {
       const std::string k = key;
-      if (k.rfind("click:", 0) == 0) {
+      if (k == "click:") {
+        Click(behind);
+      } else if (k.rfind("click:", 0) == 0) {
         Click(ButtonLabelled(k.substr(6)));
       } else {
         tvtest::PressKey(m_win, key);
       }
     }
     EXPECT_EQ(row.expected, m_owner.presses);
+    EXPECT_EQ(row.behindClicks, clickedBehind);
     for (Evas_Object* object : m_owner.objects) EXPECT_EQ(Popup(), object);
     EXPECT_TRUE(box->IsVisible());  // answering does not hide: the owner decides
-    delete box;
-    Reset(m_owner);
-    ASSERT_TRUE(tvtest::PumpUntil([&] { return Popup() == nullptr; }));
+    DeleteBox();
   }
 }
 
@@ -300,11 +276,7 @@ TEST_F(MessageBoxTest, TimesOutOncePerPeriodAfterTheLastKeyUntilHidden) {
 }
 
 TEST_F(MessageBoxTest, TheOwnerMayDeleteTheBoxFromInsideItsCallbacks) {
-  struct Row {
-    const char* name;
-    void (*arm)(Owner&);
-    const char* key;  // null: wait for the time-out; "hide": hide the box
-  };
+  struct Row { const char* name; void (*arm)(Owner&); const char* key; };  // key null: the time-out; "hide": Hide()
   const Row rows[] = {
       {"select", [](Owner& o) { o.deleteOnPress = true; }, "Return"},
       {"back", [](Owner& o) { o.deleteOnPress = true; }, "XF86Back"},

@@ -69,11 +69,7 @@ TEST(RecorderEvent, ReachesTheRegisteredCallbackOnTheLoopOnceWithItsWords) {
 }
 
 TEST(RecorderEvent, NothingSentBeforeRegistrationOrAfterItEndsArrives) {
-  struct Row {
-    const char* name;
-    void (*end)();
-  };
-  const Row rows[] = {
+  struct Row { const char* name; void (*end)(); } rows[] = {
       {"unregistered", [] { rec_unregister_to_other_apps_cb(OnEvent); }},
       {"service destroyed", [] { rec_service_destroy(); }},
   };

@@ -75,13 +75,7 @@ TEST(Scenario, WhatIsLoadedComesBackAndLoadsAgainUnchanged) {
 }
 
 TEST(Scenario, RefusalsNameFilePointerAndProblemAndChangeNothing) {
-  struct Row {
-    const char* name;
-    std::function<void(json&)> spoil;
-    const char* pointer;
-    const char* problem;
-  };
-  const Row rows[] = {
+  struct Row { const char* name; std::function<void(json&)> spoil; const char *pointer, *problem; } rows[] = {
       {"unknown member", [](json& s) { s["channels"] = json::array(); }, "/channels", "unknown member"},
       {"unknown nested member", [](json& s) { s["services"][2]["colour"] = "red"; }, "/services/2/colour",
        "unknown member"},

@@ -13,18 +13,11 @@
 #include <vector>
 
 #include "App.h"
+#include "UiDriver.h"
 
 namespace simtest {
 
-// Runs the Ecore main loop until pred() holds or timeout_s passes; no sleeping.
-inline bool PumpUntil(const std::function<bool()>& pred, double timeout_s) {
-  const double deadline = ecore_time_get() + timeout_s;
-  while (!pred()) {
-    if (ecore_time_get() > deadline) return false;
-    ecore_main_loop_iterate();
-  }
-  return true;
-}
+using tvtest::PumpUntil;
 
 inline nlohmann::json ReadScenario(const std::string& name) {
   std::ifstream in(std::string(TV_SOURCE_DIR) + "/scenarios/" + name);

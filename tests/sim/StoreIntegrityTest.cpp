@@ -35,16 +35,7 @@ constexpr int kPerRange = 20000;  // 100,000 services: some 8 MB of WAL before t
 constexpr uint64_t kFirstId(int range) { return static_cast<uint64_t>(range + 3) * 1000000 + 1; }
 
 // What tells one TV from another: sizes of every part and a few rows.
-struct Fingerprint {
-  std::vector<std::string> values;
-  bool operator==(const Fingerprint& other) const { return values == other.values; }
-};
-
-std::string Describe(const Fingerprint& f) {
-  std::string text;
-  for (const std::string& value : f.values) text += value + "; ";
-  return text;
-}
+using Fingerprint = std::vector<std::string>;
 
 Fingerprint Take(tvsim::Control& control) {
   tvsim::Store& store = control.GetStore();
@@ -56,7 +47,7 @@ Fingerprint Take(tvsim::Control& control) {
       for (int column = 0; column < 3; ++column) row += s.IsNull(column) ? "null," : s.Text(column) + ",";
     }
     s.Run();
-    f.values.push_back(row);
+    f.push_back(row);
   };
   add("SELECT COUNT(*), MIN(id), MAX(id) FROM services");
   add("SELECT COUNT(DISTINCT service), MIN(major), MAX(major) FROM services");
@@ -143,10 +134,10 @@ TEST(StoreIntegrity, AKilledLoadLeavesTheOldTvOrTheNewOneAndAnIntactFile) {
   ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the uninterrupted load failed";
   const double whole = Seconds(started);
   const Fingerprint newTv = [&] { tvsim::Control c(tv.DbPath()); return Take(c); }();
-  ASSERT_FALSE(oldTv == newTv);
+  ASSERT_NE(oldTv, newTv);
   ASSERT_EQ(std::to_string(kRanges * kPerRange) + "," + std::to_string(kFirstId(0)) + "," +
                 std::to_string(kFirstId(kRanges - 1) + kPerRange - 1) + ",",
-            newTv.values[0]);
+            newTv[0]);
 
   struct KillPoint {
     const char* name;
@@ -183,7 +174,7 @@ TEST(StoreIntegrity, AKilledLoadLeavesTheOldTvOrTheNewOneAndAnIntactFile) {
     const Fingerprint now = Take(control);
     const bool isOld = now == oldTv;
     const bool isNew = now == newTv;
-    EXPECT_TRUE(isOld || isNew) << "a mix of the two TVs: " << Describe(now);
+    EXPECT_TRUE(isOld || isNew) << "a mix of the two TVs: " << ::testing::PrintToString(now);
     if (point.midWrite) {
       EXPECT_TRUE(isOld) << "a load killed before its commit left the new TV";
     }

@@ -19,6 +19,7 @@ namespace {
 
 // The bytes of a UTF-16 string as they lie in memory.
 std::vector<uint8_t> Bytes(const std::u16string& text) {
+  if (text.empty()) return {};  // no copy from or to a null buffer
   const auto* first = reinterpret_cast<const uint8_t*>(text.data());
   return std::vector<uint8_t>(first, first + text.size() * 2);
 }
@@ -32,11 +33,7 @@ json Named(const std::string& name) {
 }  // namespace
 
 TEST(Texts, ServiceNamesAreUtf16WithBigEndianBytesInMemory) {
-  struct Row {
-    const char* name;
-    std::vector<uint8_t> bytes;
-  };
-  const Row rows[] = {
+  struct Row { const char* name; std::vector<uint8_t> bytes; } rows[] = {
       {"AB", {0x00, 'A', 0x00, 'B'}},
       {"a\nb", {0x00, 'a', 0x00, 0x0A, 0x00, 'b'}},
       {"Ωμ", {0x03, 0xA9, 0x03, 0xBC}},
@@ -80,11 +77,7 @@ TEST(Texts, ConverterFailsOnBadInputOrTooSmallOutput) {
 TEST(Texts, AntennaNamesAndChannelNumbersComeFromTheScenario) {
   tvtest::TempTv tv;
   tv.LoadFile("sample.json");
-  struct Row {
-    int antenna, service;
-    const char* name;
-  };
-  const Row names[] = {{0, 21, "Air"}, {1, 0, "Cable"}, {2, 5, "Satellite 13°E"}, {2, 6, "Satellite"}, {-1, -1, ""}};
+  struct Row { int antenna, service; const char* name; } names[] = {{0, 21, "Air"}, {1, 0, "Cable"}, {2, 5, "Satellite 13°E"}, {2, 6, "Satellite"}, {-1, -1, ""}};
   for (const Row& row : names) {
     SCOPED_TRACE(std::to_string(row.antenna) + "/" + std::to_string(row.service));
     EXPECT_EQ(row.name, ChannelText::GetChannelTypeString(TvMode(AntennaMode(row.antenna), ServiceMode(row.service)),
@@ -98,14 +91,7 @@ TEST(Texts, AntennaNamesAndChannelNumbersComeFromTheScenario) {
 }
 
 TEST(Texts, CombineStringsFillsPlaceholdersAndNeverWritesPastTheSize) {
-  struct Row {
-    const char* format;
-    const char* s1;
-    const char* s2;
-    int size;
-    const char* expected;
-  };
-  const Row rows[] = {
+  struct Row { const char *format, *s1, *s2; int size; const char* expected; } rows[] = {
       {"Change to %s?", "News", nullptr, 255, "Change to News?"},
       {"%2$s then %1$s", "one", "two", 255, "two then one"},
       {"%s and %s", "a", nullptr, 255, "a and "},

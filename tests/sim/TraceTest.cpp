@@ -40,19 +40,22 @@ class TraceTest : public ::testing::Test {
   void TearDown() override { unsetenv("TVSIM_TRACE"); }
 };
 
-TEST_F(TraceTest, RecordsNothingUnlessTurnedOn) {
+TEST_F(TraceTest, IsSilentUnlessTurnedOnAndGoesToThePlatformLogWithOne) {
   tvtest::TempTv tv;
-  static trace::TraceCodeLocation location("src/View.cpp", 10, kSignature);
-  for (const char* setting : {static_cast<const char*>(nullptr), "", "0"}) {
+  static trace::TraceCodeLocation location("src/View.cpp", 42, kSignature);
+  for (const char* setting : {static_cast<const char*>(nullptr), "", "0", "1"}) {
     SCOPED_TRACE(setting ? setting : "(unset)");
     if (setting) setenv("TVSIM_TRACE", setting, 1);
-    EXPECT_FALSE(TracePoint(location, {"Close"}));
+    EXPECT_EQ(setting && std::string(setting) == "1", TracePoint(location, {setting ? setting : "unset"}));
   }
-  EXPECT_TRUE(trace::TracePattern::Instance()->Queue().empty());
-  for (const tvtest::LogLine& line : tv.Logs()) EXPECT_NE(line.tag, "tvsim-trace") << line.message;
+  Lines traced;
+  for (const tvtest::LogLine& line : tv.Logs()) {
+    if (line.tag == "tvsim-trace") traced.push_back(line.message);
+  }
+  EXPECT_EQ(traced, (Lines{std::string("src/View.cpp:42 ") + kSignature + " item 0 char const* \"1\""}));
 }
 
-TEST_F(TraceTest, WritesEachStoredValueWithItsLocationIndexAndType) {
+TEST_F(TraceTest, WritesEachStoredValueWithItsLocationIndexAndTypeAndQueuesTheLatest) {
   tvtest::TempTv tv;
   const std::string file = tv.Dir() + "/trace.txt";
   setenv("TVSIM_TRACE", file.c_str(), 1);
@@ -79,34 +82,18 @@ TEST_F(TraceTest, WritesEachStoredValueWithItsLocationIndexAndType) {
   EXPECT_GT(first.m_nSlot, 0);
   EXPECT_GT(second.m_nSlot, 0);
   EXPECT_NE(first.m_nSlot, second.m_nSlot);
-}
 
-TEST_F(TraceTest, GoesToThePlatformLogWhenSetToOne) {
-  tvtest::TempTv tv;
-  setenv("TVSIM_TRACE", "1", 1);
-  static trace::TraceCodeLocation location("src/View.cpp", 42, kSignature);
-  ASSERT_TRUE(TracePoint(location, {"Satellite"}));
-  Lines traced;
-  for (const tvtest::LogLine& line : tv.Logs()) {
-    if (line.tag == "tvsim-trace") traced.push_back(line.message);
-  }
-  EXPECT_EQ(traced, (Lines{std::string("src/View.cpp:42 ") + kSignature + " item 0 char const* \"Satellite\""}));
-}
-
-TEST_F(TraceTest, KeepsOnlyTheMostRecentLinesInItsQueue) {
-  tvtest::TempTv tv;
-  setenv("TVSIM_TRACE", (tv.Dir() + "/trace.txt").c_str(), 1);
-  static trace::TraceCodeLocation location("src/View.cpp", 1, "f()");
+  // The queue keeps only the most recent lines; the file keeps them all.
   std::vector<std::string> texts;
   for (int i = 0; i < 70; ++i) texts.push_back(std::to_string(i));
   std::vector<const char*> values;
   for (const std::string& text : texts) values.push_back(text.c_str());
-  ASSERT_TRUE(TracePoint(location, values));
-  const auto queue = trace::TracePattern::Instance()->Queue();
-  ASSERT_EQ(queue.size(), trace::TracePattern::kCapacity);
-  EXPECT_EQ(queue.front(), "src/View.cpp:1 f() item 6 char const* \"6\"");
-  EXPECT_EQ(queue.back(), "src/View.cpp:1 f() item 69 char const* \"69\"");
-  EXPECT_EQ(ReadLines(tv.Dir() + "/trace.txt").size(), 70u);
+  ASSERT_TRUE(TracePoint(second, values));
+  const auto latest = trace::TracePattern::Instance()->Queue();
+  ASSERT_EQ(latest.size(), trace::TracePattern::kCapacity);
+  EXPECT_EQ(latest.front(), "src/List.cpp:8 void List::Cb() item 6 char const* \"6\"");
+  EXPECT_EQ(latest.back(), "src/List.cpp:8 void List::Cb() item 69 char const* \"69\"");
+  EXPECT_EQ(ReadLines(file).size(), 75u);
 }
 
 }  // namespace

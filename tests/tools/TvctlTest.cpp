@@ -41,6 +41,10 @@ TEST(Tvctl, ExitsZeroOnSuccessTwoOnBadUsageAndChangesNothingThen) {
       {"fault clear 99", "no fault with id 99"}, {"recording stop 5", "not being recorded"},
       {"recording start 7340034", "already being recorded"}, {"recording pause 5", "expected start or stop"},
       {"show no_such_member", "no member"}, {"reset extra", "too many arguments"},
+      {"recorder-event", "missing arguments"}, {"recorder-event 1", "missing arguments"},
+      {"recorder-event x 1", "not a number"},
+      {"recorder-event 1 1 4294967296", "not a 32-bit word"}, {"recorder-event 1 1 -2147483649", "not a 32-bit word"},
+      {"recorder-event 1 1 1 2 3 4 5 6", "too many arguments"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.first);
@@ -50,7 +54,7 @@ TEST(Tvctl, ExitsZeroOnSuccessTwoOnBadUsageAndChangesNothingThen) {
     EXPECT_EQ(before, ShowThroughTvctl(tv));
   }
   for (const char* help : {"--help", "load --help", "show --help", "set --help", "reset --help", "tune --help",
-                           "fault --help", "recording --help", "playback --help"}) {
+                           "fault --help", "recording --help", "playback --help", "recorder-event --help"}) {
     SCOPED_TRACE(help);
     std::string out;
     EXPECT_EQ(0, tv.Run(tvctl + " " + help, &out));
@@ -81,6 +85,9 @@ TEST(Tvctl, VerbsChangeTheTvTheApplicationSees) {
   }
   std::string id;
   ASSERT_EQ(0, tv.Run(tvctl + " fault add vconf_get_int --result -3 --target db/mls/mls_focus --nth 2", &id));
+  // Recorder events keep their words as given: signed, or as unsigned bits.
+  ASSERT_EQ(0, tv.Run(tvctl + " recorder-event 1 1 8388610 -1 4294967295"));
+  ASSERT_EQ(0, tv.Run(tvctl + " recorder-event -7 0"));
 
   const json shown = ShowThroughTvctl(tv);
   const json& settings = shown["settings"];
@@ -95,6 +102,11 @@ TEST(Tvctl, VerbsChangeTheTvTheApplicationSees) {
   EXPECT_EQ(json({"system_info/238", 2}), json({shown["settings_writes"][0]["key"], shown["settings_writes"][0]["value"]}));
   ASSERT_EQ(1u, shown["faults"].size());
   EXPECT_EQ(json({std::stoll(id), "db/mls/mls_focus"}), json({shown["faults"][0]["id"], shown["faults"][0]["target"]}));
+  const json& events = shown["recorder_events"];
+  ASSERT_EQ(2u, events.size());
+  EXPECT_EQ(json({1, 1, json({8388610, -1, -1, 0, 0})}), json({events[0]["event"], events[0]["result"], events[0]["data"]}));
+  EXPECT_EQ(json({-7, 0, json({0, 0, 0, 0, 0})}), json({events[1]["event"], events[1]["result"], events[1]["data"]}));
+  EXPECT_LT(events[0]["seq"].get<int64_t>(), events[1]["seq"].get<int64_t>());
   for (const char* member : {"tv_mode", "screens", "services", "profiles", "recordings", "playback", "settings",
                              "kpi_events", "tuning_changes", "recorder_requests", "settings_writes", "faults", "calls"}) {
     EXPECT_TRUE(shown.contains(member)) << member;
