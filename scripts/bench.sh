@@ -9,16 +9,8 @@ build=${BENCH_BUILD_DIR:-$root/build-bench}
 
 packages=(cmake g++ make pkg-config libefl-all-dev libedje-bin nlohmann-json3-dev libsqlite3-dev
           gettext xvfb xauth libx11-dev libxtst-dev libbenchmark-dev fonts-dejavu-core)
-missing=()
-for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ ${#missing[@]} -gt 0 ]; then
-  echo "bench: installing ${missing[*]}"
-  export DEBIAN_FRONTEND=noninteractive
-  apt-get update -qq
-  apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
-fi
+source "$root/scripts/install-missing.sh"
+install_missing bench "${packages[@]}"
 
 echo "bench: building in Release into $build"
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DTV_BUILD_BENCH=ON -DTV_BUILD_TESTS=OFF >/dev/null

@@ -15,12 +15,8 @@ build=${VALGRIND_BUILD_DIR:-$root/build-valgrind}
 scenario=${1:-$root/scenarios/two-recordings.json}
 supp=$root/tests/valgrind/efl.supp
 
-if ! command -v valgrind >/dev/null; then
-  echo "valgrind: installing valgrind"
-  export DEBIAN_FRONTEND=noninteractive
-  apt-get update -qq
-  apt-get install -y -qq --no-install-recommends valgrind >/dev/null
-fi
+source "$root/scripts/install-missing.sh"
+install_missing valgrind valgrind
 # A plain optimised build with line numbers; the tests are not needed here.
 "$root/scripts/setup.sh" "$build" -DTV_WERROR=ON -DTV_BUILD_TESTS=OFF -DSANITIZE=
 

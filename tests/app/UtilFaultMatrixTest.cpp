@@ -278,10 +278,7 @@ TEST_F(UtilFaultMatrix, EveryFailureOfEveryOperationEndsNeutrallyWithItsLine) {
       EXPECT_TRUE(tv.Logged(line.function, line.message, line.buffer, line.priority))
           << line.function << ": " << line.message;
     }
-    // The fault must have hit: a row whose fault never fired proves nothing.
-    const json faults = tv.Show()["faults"];
-    ASSERT_EQ(1u, faults.size());
-    EXPECT_GT(faults[0]["calls"].get<int>(), 0);
+    EXPECT_TRUE(tv.OnlyFaultFired()) << "the fault never fired";
   }
 }
 

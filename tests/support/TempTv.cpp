@@ -87,6 +87,11 @@ int TempTv::CallCount(const std::string& op) const {
   return count;
 }
 
+bool TempTv::OnlyFaultFired() const {
+  const nlohmann::json faults = Show()["faults"];
+  return faults.size() == 1 && faults[0].value("calls", 0) > 0;
+}
+
 // Runs through sh with this TV's variables; only standard output is captured
 // (add 2>&1 to the command line for both).
 int TempTv::Run(const std::string& commandLine, std::string* output) const {

@@ -37,6 +37,9 @@ class TempTv {
   void ClearFaults();
   nlohmann::json Show() const;                 // what `tvctl show` prints
   int CallCount(const std::string& op) const;  // calls of op in Show()'s call log
+  // True when exactly one fault is set and it has hit a call: a fault that
+  // never fired proves nothing about its failure.
+  bool OnlyFaultFired() const;
 
   // Runs a command line (e.g. tvctl) with this TV's TVSIM_DB and TVSIM_LOG; returns the exit status.
   int Run(const std::string& commandLine, std::string* output = nullptr) const;
