@@ -340,10 +340,7 @@ char* AntennaSelectionPopup::m_ItemVoiceTextCB(void* data, Evas_Object*) {
 
 Eina_Bool AntennaSelectionPopup::m_PopupPressCB(void* data, Evas_Object*, Evas_Object*, Evas_Callback_Type type,
                                                 void* event) {
-  // Only key events carry a key name; anything else (the wheel) is no key.
-  const char* pKeyName = nullptr;
-  if (event && type == EVAS_CALLBACK_KEY_DOWN) pKeyName = static_cast<Evas_Event_Key_Down*>(event)->keyname;
-  if (event && type == EVAS_CALLBACK_KEY_UP) pKeyName = static_cast<Evas_Event_Key_Up*>(event)->keyname;
+  const char* pKeyName = t_KeyName(type, event);
   if (event == nullptr || pKeyName == nullptr) {
     LOG_ERROR("event or keyname is null\n");
     return EINA_TRUE;

@@ -59,6 +59,13 @@ void CPopupView::Update() {
 
 Evas_Object* CPopupView::t_GetWindow() { return Util::GetWindow(); }
 
+const char* CPopupView::t_KeyName(Evas_Callback_Type type, void* event) {
+  if (event == nullptr) return nullptr;
+  if (type == EVAS_CALLBACK_KEY_DOWN) return static_cast<Evas_Event_Key_Down*>(event)->keyname;
+  if (type == EVAS_CALLBACK_KEY_UP) return static_cast<Evas_Event_Key_Up*>(event)->keyname;
+  return nullptr;
+}
+
 void CPopupView::m_PopupDelCB(void* data, Evas*, Evas_Object*, void*) {
   auto* pThis = static_cast<CPopupView*>(data);
   if (pThis == nullptr) return;

@@ -24,6 +24,9 @@ class CPopupView : public CView {
   void t_Hide() override;
   // The window the popup goes into.
   virtual Evas_Object* t_GetWindow();
+  // The key name of a key event delivered to elm_object_event_callback_add's
+  // callback; null for other events (the wheel) and for a missing event.
+  static const char* t_KeyName(Evas_Callback_Type type, void* event);
 
   // Puts the input focus on a row of a list in this popup as soon as the
   // toolkit takes it: the window focused and the row on screen. (Focusing a

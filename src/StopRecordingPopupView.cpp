@@ -236,10 +236,7 @@ void CStopRecordingPopupView::m_ButtonFocusedCB(void* data, Evas_Object*, void*)
 
 Eina_Bool CStopRecordingPopupView::m_PopupPressCB(void* data, Evas_Object*, Evas_Object*, Evas_Callback_Type type,
                                                   void* event_info) {
-  // Only key events carry a key name; anything else (the wheel) is no key.
-  const char* pKeyName = nullptr;
-  if (event_info && type == EVAS_CALLBACK_KEY_DOWN) pKeyName = static_cast<Evas_Event_Key_Down*>(event_info)->keyname;
-  if (event_info && type == EVAS_CALLBACK_KEY_UP) pKeyName = static_cast<Evas_Event_Key_Up*>(event_info)->keyname;
+  const char* pKeyName = t_KeyName(type, event_info);
   if (event_info == nullptr || pKeyName == nullptr) {
     LOG_ERROR("event or keyname is null\n");
     return EINA_TRUE;
