@@ -293,7 +293,7 @@ int main(int argc, char** argv) try {
       "start-up calls) and the application on the large TVs run in turns, " + std::to_string(options.reps) +
       " times each, under one Xvfb with the "
       "same environment; the runner gives a newly mapped window the input focus, as a window manager would.",
-      "Frames are seen through the platform's frame probe (`sim/FrameProbe.h`, on with `TVSIM_FRAME_PROBE`): "
+      "Frames are seen through the platform's frame probe (`sim/framework/FrameProbe.h`, on with `TVSIM_FRAME_PROBE`): "
       "one line per drawn frame with its monotonic time and the focused row. Start-up times run from the "
       "runner's fork; settled is the last frame before 300 ms without one.",
       "Keys: Down and Up in turn, " + std::to_string(options.keys) + " a run, sent with XTest; the latency runs "
@@ -310,8 +310,8 @@ int main(int argc, char** argv) try {
       "run); keys and memory are steady to a few per cent.",
       "The tenfold step is 1,000 to 10,000 services per mode: the scenario loader refuses 100,000 per mode, "
       "because a service range numbers its channels from 1 and channel numbers stop at 65535.",
-      "Antenna list at scale, found with perf: before the table `service_counts` (sim/Store.cpp, filled by "
-      "sim/ScenarioLoader.cpp, read by `CountServices` in sim/ServiceTable.cpp) the list took 101 ms on "
+      "Antenna list at scale, found with perf: before the table `service_counts` (sim/state/Store.cpp, filled by "
+      "sim/control/ScenarioLoader.cpp, read by `CountServices` in sim/state/ServiceTable.cpp) the list took 101 ms on "
       "52 x 10,000 services and grew with them: each of its 54 `GetServiceCount` calls counted the mode's "
       "services by walking the mode index (samples in sqlite3VdbeExec and sqlite3BtreeNext). The counts per mode "
       "and navigation mask are now summed from that table, at the same cost for any number of services.",
