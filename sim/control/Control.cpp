@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "CallLog.h"
 #include "Errors.h"
 #include "Faults.h"
 #include "RecorderConfig.h"
@@ -23,6 +24,7 @@ void Control::Load(const json& scenario, const std::string& source) { LoadScenar
 void Control::LoadFile(const std::string& path) { LoadScenarioFile(m_store, path); }
 
 json Control::Show(bool asScenario) {
+  FlushCalls();  // this process's own port calls, still in memory
   // One read transaction: a consistent picture while the application writes.
   m_store.Exec("BEGIN");
   try {

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "CallLog.h"
 #include "Faults.h"
 #include "Platform.h"
 #include "Records.h"
@@ -75,7 +76,7 @@ R RunPortCall(const char* op, const nlohmann::json& args, const std::vector<std:
     }();
     R result = (fault && fault->result) ? FaultResult<R>(*fault->result) : body(context);
     if (fault) context.out["fault"] = fault->id;
-    if (store) RecordCall(*store, op, args, ResultJson(result), context.out);
+    if (store) AppendCall(*store, op, args, ResultJson(result), context.out);
     return result;
   } catch (const std::exception& e) {
     ReportPortError(op, e.what());

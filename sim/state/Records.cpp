@@ -16,18 +16,6 @@ json ParseStored(const std::string& text) { return json::parse(text, nullptr, fa
 
 }  // namespace
 
-void RecordCall(Store& store, const std::string& op, const json& args, const json& result, const json& out) {
-  json record = {{"args", args}};
-  if (!out.is_null()) record["out"] = out;
-  store.Prepare("INSERT INTO calls(time, pid, op, args, result) VALUES(?,?,?,?,?)")
-      .Bind(1, NowText())
-      .Bind(2, Pid())
-      .Bind(3, op)
-      .Bind(4, record.dump(-1, ' ', false, json::error_handler_t::replace))
-      .Bind(5, result.dump(-1, ' ', false, json::error_handler_t::replace))
-      .Run();
-}
-
 void RecordTuning(Store& store, int screen, const TvMode& mode) {
   store.Prepare("INSERT INTO tuning_changes(time, pid, screen, antenna, service) VALUES(?,?,?,?,?)")
       .Bind(1, NowText())

@@ -1,6 +1,6 @@
-// What the application did to the TV, with the time of each act: the call log
-// of every port call, tuning-mode changes, KPI events, recorder requests and
-// settings writes. `tvctl show` and tests read them back.
+// What the application did to the TV, with the time of each act: tuning-mode
+// changes, KPI events, recorder requests and settings writes (the call log of
+// every port call is CallLog.h). `tvctl show` and tests read them back.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -14,8 +14,6 @@
 
 namespace tvsim {
 
-void RecordCall(Store& store, const std::string& op, const nlohmann::json& args, const nlohmann::json& result,
-                const nlohmann::json& out);
 void RecordTuning(Store& store, int screen, const TvMode& mode);
 void RecordKpiEvent(Store& store, int status, const std::string& event, const std::string& code,
                     const std::string& desc);
