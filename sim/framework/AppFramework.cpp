@@ -3,6 +3,7 @@
 // turns window, signal, settings and second-start events into them.
 #include "AppFramework.h"
 
+#include <Ecore_X.h>
 #include <Elementary.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "App.h"
+#include "CallLog.h"
 #include "Environment.h"
 #include "FrameProbe.h"
 #include "Keys.h"
@@ -80,6 +82,7 @@ class Framework {
   static void OnWindowState(void* data, Evas_Object* window, void* event);
   static void OnVisibility(void* data, Evas* evas, Evas_Object* window, void* event);
   static void OnWindowDel(void* data, Evas* evas, Evas_Object* window, void* event);
+  static Eina_Bool OnMapped(void* data, int type, void* event);
 
   ui_app_lifecycle_callback_s m_callbacks;
   void* m_pData;
@@ -91,6 +94,7 @@ class Framework {
   std::vector<Window> m_windows;
   std::unique_ptr<tvsim::RemoteKeyFilter> m_keyFilter;
   Ecore_Event_Handler* m_signalHandler = nullptr;
+  Ecore_Event_Handler* m_mapHandler = nullptr;
   Ecore_Idle_Enterer* m_idle = nullptr;
   Ecore_Job* m_launchJob = nullptr;
   Ecore_Job* m_updateJob = nullptr;
@@ -140,6 +144,7 @@ int Framework::Run(int argc, char** argv) {
   m_state = State::kEnding;
   StopWatching();
   s_running = nullptr;
+  tvsim::FlushCalls();  // while the toolkit's idlers still exist
   elm_shutdown();
   return result;
 }
@@ -167,6 +172,8 @@ void Framework::StopWatching() {
   if (m_launchJob != nullptr) ecore_job_del(m_launchJob);
   if (m_updateJob != nullptr) ecore_job_del(m_updateJob);
   if (m_signalHandler != nullptr) ecore_event_handler_del(m_signalHandler);
+  if (m_mapHandler != nullptr) ecore_event_handler_del(m_mapHandler);
+  m_mapHandler = nullptr;
   m_idle = nullptr;
   m_launchJob = m_updateJob = nullptr;
   m_signalHandler = nullptr;
@@ -227,6 +234,10 @@ void Framework::Track(Evas_Object* window) {
   evas_object_event_callback_add(window, EVAS_CALLBACK_HIDE, OnVisibility, this);
   evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, OnWindowDel, this);
   tvsim::AttachFrameProbe(window);  // only with TVSIM_FRAME_PROBE set (benchmarks)
+  // X is started with the first X window, and its event types exist from then on.
+  if (m_mapHandler == nullptr && elm_win_xwindow_get(window) != 0) {
+    m_mapHandler = ecore_event_handler_add(ECORE_X_EVENT_WINDOW_SHOW, OnMapped, this);
+  }
   ScheduleUpdate();
 }
 
@@ -329,6 +340,22 @@ void Framework::OnWindowState(void* data, Evas_Object*, void*) { static_cast<Fra
 
 void Framework::OnVisibility(void* data, Evas*, Evas_Object*, void*) {
   static_cast<Framework*>(data)->ScheduleUpdate();
+}
+
+// The application's window is the TV's screen: once X has mapped it, it goes to
+// the screen's top-left corner (a desktop window manager may have placed it at
+// the pointer) and gets the keyboard, as the foreground application on a TV does.
+Eina_Bool Framework::OnMapped(void* data, int, void* event) {
+  auto* self = static_cast<Framework*>(data);
+  const auto* mapped = static_cast<const Ecore_X_Event_Window_Show*>(event);
+  for (const Window& w : self->m_windows) {
+    if (elm_win_xwindow_get(w.object) != mapped->win) continue;
+    int x = 0, y = 0;
+    ecore_x_window_geometry_get(mapped->win, &x, &y, nullptr, nullptr);
+    if (x != 0 || y != 0) ecore_x_window_move(mapped->win, 0, 0);
+    ecore_x_window_focus(mapped->win);
+  }
+  return ECORE_CALLBACK_PASS_ON;
 }
 
 void Framework::OnWindowDel(void* data, Evas*, Evas_Object* window, void*) {
