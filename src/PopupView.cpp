@@ -1,5 +1,11 @@
 #include "PopupView.h"
 
+#include <Ecore_Input.h>
+#include <Efl_Ui.h>
+
+#include <cstdlib>
+#include <cstring>
+
 #include "Logging.h"
 #include "Util.h"
 
@@ -7,6 +13,8 @@ namespace {
 
 const double kEnlargedScale = 1.2;
 const double kNormalScale = 1.0;
+// Frames a popup waits, drawn transparent, for its row to take the focus.
+const int kMaxConcealedFrames = 3;
 
 }  // namespace
 
@@ -43,6 +51,7 @@ void CPopupView::t_Show() {
 }
 
 void CPopupView::t_Hide() {
+  t_StopRowFocus();  // a hidden popup holds no keys
   if (m_pPopup) evas_object_hide(m_pPopup);
   CView::t_Hide();
 }
@@ -83,6 +92,9 @@ void CPopupView::t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Ev
   m_rowFocus.pfnBefore = pfnBefore;
   m_rowFocus.pData = pData;
   m_rowFocus.bPending = true;
+  // Keys the viewer presses before the row has the focus wait for it: else a
+  // Down lands on the list's first row, and a Return on nothing.
+  if (m_rowFocus.pKeyHold == nullptr) m_rowFocus.pKeyHold = ecore_event_filter_add(nullptr, m_KeyHoldCB, nullptr, this);
   // A window that gets the focus only later has dropped the row focus.
   if (!m_rowFocus.bWindowHooked && m_pWindow) {
     evas_object_smart_callback_add(m_pWindow, "focus,in", m_WindowFocusInCB, this);
@@ -92,23 +104,96 @@ void CPopupView::t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Ev
     evas_object_smart_callback_add(pGenlist, "realized", m_RowRealizedCB, this);
     m_rowFocus.bListHooked = true;
   }
-  m_QueueRowFocus();
+  m_TryRowFocus();
+  // The viewer's first look shows the row focused: until then the popup is drawn
+  // transparent, for a few frames at most.
+  if (m_rowFocus.bPending && pRow && m_pPopup && !m_rowFocus.bConcealed) {
+    evas_object_color_set(m_pPopup, 0, 0, 0, 0);
+    m_rowFocus.bConcealed = true;
+    m_HookRender();
+  }
 }
 
 void CPopupView::t_StopRowFocus() {
   if (m_rowFocus.pJob) ecore_job_del(m_rowFocus.pJob);
   m_UnhookRender();
+  m_Reveal();
   if (m_rowFocus.bWindowHooked && m_pWindow) {
     evas_object_smart_callback_del_full(m_pWindow, "focus,in", m_WindowFocusInCB, this);
   }
   if (m_rowFocus.bListHooked && m_rowFocus.pGenlist) {
     evas_object_smart_callback_del_full(m_rowFocus.pGenlist, "realized", m_RowRealizedCB, this);
   }
+  m_ReleaseKeys();
   m_rowFocus = RowFocus();
+}
+
+void CPopupView::m_Reveal() {
+  if (!m_rowFocus.bConcealed) return;
+  m_rowFocus.bConcealed = false;
+  if (m_pPopup) evas_object_color_set(m_pPopup, 255, 255, 255, 255);
+}
+
+// Held keys go back to the main loop in their order, behind anything queued
+// meanwhile; from now on keys pass.
+void CPopupView::m_ReleaseKeys() {
+  if (m_rowFocus.pKeyHold) ecore_event_filter_del(m_rowFocus.pKeyHold);
+  m_rowFocus.pKeyHold = nullptr;
+  for (const HeldKey& held : m_vecHeldKeys) ecore_event_add(held.type, held.pEvent, nullptr, nullptr);
+  m_vecHeldKeys.clear();
 }
 
 void CPopupView::m_QueueRowFocus() {
   if (m_rowFocus.bPending && m_rowFocus.pJob == nullptr) m_rowFocus.pJob = ecore_job_add(m_RowFocusJobCB, this);
+}
+
+bool CPopupView::m_IsRealized(Elm_Object_Item* pRow) const {
+  Eina_List* pRealized = elm_genlist_realized_items_get(m_rowFocus.pGenlist);
+  const bool bRealized = eina_list_data_find(pRealized, pRow) != nullptr;
+  eina_list_free(pRealized);
+  return bRealized;
+}
+
+// The toolkit takes the row once the window has the focus and the row is in
+// the list's focus order. A realized row is, except inside the list's
+// "realized" callback (hence the job) and, for a row scrolled into view while
+// the list was built, until the next frame (asked for by damage).
+void CPopupView::m_TryRowFocus() {
+  RowFocus& focus = m_rowFocus;
+  if (!focus.bPending || focus.pGenlist == nullptr) return;
+  // Without the window's focus the toolkit drops item focus; focus,in retries.
+  if (m_pWindow && !elm_win_focus_get(m_pWindow)) return;
+  if (focus.pRow == nullptr) {
+    focus.bPending = false;
+    if (elm_genlist_items_count(focus.pGenlist) == 0 && focus.pFallback) {
+      elm_object_focus_set(focus.pFallback, EINA_TRUE);
+    } else {
+      elm_object_focus_set(focus.pGenlist, EINA_TRUE);
+    }
+    m_ReleaseKeys();
+    return;
+  }
+  if (!m_IsRealized(focus.pRow)) return;  // its "realized" retries
+  // Asked the way the toolkit asks before it focuses a row (else it logs
+  // "Could not fetch a node" and the row stays unfocused).
+  efl_ui_focus_object_setup_order(focus.pRow);
+  if (efl_ui_focus_manager_request_subchild(focus.pGenlist, focus.pRow) == nullptr) {
+    m_HookRender();
+    if (m_pWindow) evas_damage_rectangle_add(evas_object_evas_get(m_pWindow), 0, 0, 1, 1);
+    return;
+  }
+  focus.bPending = false;
+  elm_object_focus_set(focus.pGenlist, EINA_TRUE);
+  if (focus.pfnBefore) focus.pfnBefore(focus.pData, focus.pRow);
+  elm_object_item_focus_set(focus.pRow, EINA_TRUE);
+  m_Reveal();
+  m_ReleaseKeys();
+}
+
+void CPopupView::m_HookRender() {
+  if (m_rowFocus.bRenderHooked || m_pWindow == nullptr) return;
+  evas_event_callback_add(evas_object_evas_get(m_pWindow), EVAS_CALLBACK_RENDER_POST, m_RenderPostCB, this);
+  m_rowFocus.bRenderHooked = true;
 }
 
 void CPopupView::m_UnhookRender() {
@@ -117,68 +202,31 @@ void CPopupView::m_UnhookRender() {
   m_rowFocus.bRenderHooked = false;
 }
 
-// On screen: realized and inside the list's box. The toolkit logs an error
-// for a row it has not realized, so that is asked first.
-bool CPopupView::m_IsOnScreen(Elm_Object_Item* pRow) const {
-  Eina_List* pRealized = elm_genlist_realized_items_get(m_rowFocus.pGenlist);
-  const bool bRealized = eina_list_data_find(pRealized, pRow) != nullptr;
-  eina_list_free(pRealized);
-  if (!bRealized) return false;
-  Evas_Object* pTrack = elm_object_item_track(pRow);
-  if (pTrack == nullptr) return false;
-  Evas_Coord x, y, w, h, lx, ly, lw, lh;
-  evas_object_geometry_get(pTrack, &x, &y, &w, &h);
-  elm_object_item_untrack(pRow);
-  evas_object_geometry_get(m_rowFocus.pGenlist, &lx, &ly, &lw, &lh);
-  return w > 0 && h > 0 && y >= ly && y + h <= ly + lh;
+void CPopupView::m_RenderPostCB(void* data, Evas*, void*) {
+  auto* pThis = static_cast<CPopupView*>(data);
+  if (pThis == nullptr) return;
+  RowFocus& focus = pThis->m_rowFocus;
+  // A window that does not get the focus soon shows its popup unfocused; the
+  // held keys still wait for the row.
+  if (focus.bConcealed && ++focus.nConcealedFrames >= kMaxConcealedFrames) pThis->m_Reveal();
+  if (!focus.bPending && !focus.bConcealed) pThis->m_UnhookRender();
+  // Not from inside the render: a job after it.
+  pThis->m_QueueRowFocus();
 }
 
 void CPopupView::m_RowFocusJobCB(void* data) {
   auto* pThis = static_cast<CPopupView*>(data);
   if (pThis == nullptr) return;
-  RowFocus& focus = pThis->m_rowFocus;
-  focus.pJob = nullptr;
-  if (!focus.bPending || focus.pGenlist == nullptr) return;
-  // Without the window's focus the toolkit drops item focus; focus,in retries.
-  if (pThis->m_pWindow && !elm_win_focus_get(pThis->m_pWindow)) return;
-  if (focus.pRow == nullptr) {
-    focus.bPending = false;
-    if (elm_genlist_items_count(focus.pGenlist) == 0 && focus.pFallback) {
-      elm_object_focus_set(focus.pFallback, EINA_TRUE);
-    } else {
-      elm_object_focus_set(focus.pGenlist, EINA_TRUE);
-    }
-    return;
-  }
-  // The list takes a row into its focus order in the frame after the row came
-  // into view (until then focusing it fails with an error): wait for the row
-  // to be on screen for one whole frame, looking again after each frame.
-  const bool bOnScreen = pThis->m_IsOnScreen(focus.pRow);
-  const bool bReady = bOnScreen && focus.bSeenOnScreen;
-  focus.bSeenOnScreen = bOnScreen;
-  if (!bReady) {
-    if (!focus.bRenderHooked && pThis->m_pWindow) {
-      evas_event_callback_add(evas_object_evas_get(pThis->m_pWindow), EVAS_CALLBACK_RENDER_POST, m_RenderPostCB,
-                              pThis);
-      focus.bRenderHooked = true;
-    }
-    // An idle canvas draws its next frame only when something changes: ask
-    // for one, so that the row is focused in the frame right after.
-    if (bOnScreen && pThis->m_pWindow) evas_damage_rectangle_add(evas_object_evas_get(pThis->m_pWindow), 0, 0, 1, 1);
-    return;
-  }
-  pThis->m_UnhookRender();
-  focus.bPending = false;
-  elm_object_focus_set(focus.pGenlist, EINA_TRUE);
-  if (focus.pfnBefore) focus.pfnBefore(focus.pData, focus.pRow);
-  elm_object_item_focus_set(focus.pRow, EINA_TRUE);
+  pThis->m_rowFocus.pJob = nullptr;
+  pThis->m_TryRowFocus();
 }
 
 void CPopupView::m_WindowFocusInCB(void* data, Evas_Object*, void*) {
   auto* pThis = static_cast<CPopupView*>(data);
   if (pThis == nullptr || pThis->m_pPopup == nullptr || !evas_object_visible_get(pThis->m_pPopup)) return;
-  // Only a focus still to be given: never pull it from where the viewer put it.
-  pThis->m_QueueRowFocus();
+  // At once, not in a job: the keys that came with the focus are next in the
+  // queue. Only a focus still to be given: never pull it from where the viewer put it.
+  pThis->m_TryRowFocus();
 }
 
 void CPopupView::m_RowRealizedCB(void* data, Evas_Object*, void* event) {
@@ -186,7 +234,37 @@ void CPopupView::m_RowRealizedCB(void* data, Evas_Object*, void* event) {
   if (pThis && event && event == pThis->m_rowFocus.pRow) pThis->m_QueueRowFocus();
 }
 
-void CPopupView::m_RenderPostCB(void* data, Evas*, void*) {
-  // Not from inside the render: a job after it.
-  if (data) static_cast<CPopupView*>(data)->m_QueueRowFocus();
+Eina_Bool CPopupView::m_KeyHoldCB(void* data, void*, int type, void* event) {
+  auto* pThis = static_cast<CPopupView*>(data);
+  if (pThis == nullptr || event == nullptr || !pThis->m_rowFocus.bPending) return EINA_TRUE;
+  if (type != ECORE_EVENT_KEY_DOWN && type != ECORE_EVENT_KEY_UP) return EINA_TRUE;
+  Ecore_Event_Key* pCopy = m_CopyKey(static_cast<const Ecore_Event_Key*>(event));
+  if (pCopy == nullptr) return EINA_TRUE;
+  pThis->m_vecHeldKeys.push_back({type, pCopy});
+  // A key for a window that never got the input focus (nobody gave it): the
+  // row can only take the focus once the window has it.
+  if (!pThis->m_rowFocus.bFocusAsked && pThis->m_pWindow && !elm_win_focus_get(pThis->m_pWindow)) {
+    pThis->m_rowFocus.bFocusAsked = true;
+    ecore_evas_focus_set(ecore_evas_ecore_evas_get(evas_object_evas_get(pThis->m_pWindow)), EINA_TRUE);
+  }
+  return EINA_FALSE;
+}
+
+// One allocation holding the event and its texts, freed by the main loop with
+// free() once the replayed event has been handled.
+Ecore_Event_Key* CPopupView::m_CopyKey(const Ecore_Event_Key* pKey) {
+  const char* texts[] = {pKey->keyname, pKey->key, pKey->string, pKey->compose};
+  size_t nSize = sizeof(Ecore_Event_Key);
+  for (const char* pText : texts) nSize += pText ? strlen(pText) + 1 : 0;
+  auto* pCopy = static_cast<Ecore_Event_Key*>(calloc(1, nSize));
+  if (pCopy == nullptr) return nullptr;
+  *pCopy = *pKey;
+  const char** copies[] = {&pCopy->keyname, &pCopy->key, &pCopy->string, &pCopy->compose};
+  char* pNext = reinterpret_cast<char*>(pCopy + 1);
+  for (size_t i = 0; i < 4; ++i) {
+    if (texts[i] == nullptr) continue;
+    *copies[i] = strcpy(pNext, texts[i]);
+    pNext += strlen(texts[i]) + 1;
+  }
+  return pCopy;
 }

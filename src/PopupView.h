@@ -2,7 +2,10 @@
 // window, shown and hidden with the view and scaled up for focus zoom.
 #pragma once
 
+#include <Ecore_Input.h>
 #include <Elementary.h>
+
+#include <vector>
 
 #include "View.h"
 
@@ -29,10 +32,13 @@ class CPopupView : public CView {
   static const char* t_KeyName(Evas_Callback_Type type, void* event);
 
   // Puts the input focus on a row of a list in this popup as soon as the
-  // toolkit takes it: the window focused and the row on screen. (Focusing a
-  // row earlier is refused or lost, and the viewer's first key would land on
-  // the list's first row.) Without a row the list gets the focus, or, when
-  // the list is empty, `pFallback`.
+  // toolkit takes it: at once when the window has the focus and the row is in
+  // the list's focus order, else when the window gets the focus or the row gets
+  // there. (Focusing a row earlier is refused or lost.) Until then the popup is
+  // drawn transparent (a few frames at most), and keys are held and replayed
+  // in order once the row has the focus, so that the viewer's first Down moves
+  // from this row. Without a row the list gets the focus, or, when the list is
+  // empty, `pFallback`.
   void t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Evas_Object* pFallback, RowFocusCb pfnBefore,
                       void* pData);
   void t_StopRowFocus();
@@ -51,12 +57,25 @@ class CPopupView : public CView {
     bool bWindowHooked = false;
     bool bListHooked = false;
     bool bRenderHooked = false;
-    bool bSeenOnScreen = false;
+    bool bFocusAsked = false;
+    bool bConcealed = false;
+    int nConcealedFrames = 0;
     Ecore_Job* pJob = nullptr;
+    Ecore_Event_Filter* pKeyHold = nullptr;
+  };
+  // A key event held back while the row focus is pending: its Ecore type and a
+  // copy of the event.
+  struct HeldKey {
+    int type;
+    Ecore_Event_Key* pEvent;
   };
 
+  void m_TryRowFocus();
+  bool m_IsRealized(Elm_Object_Item* pRow) const;
   void m_QueueRowFocus();
-  bool m_IsOnScreen(Elm_Object_Item* pRow) const;
+  void m_Reveal();
+  void m_ReleaseKeys();
+  void m_HookRender();
   void m_UnhookRender();
 
   static void m_PopupDelCB(void* data, Evas* evas, Evas_Object* obj, void* event);
@@ -64,6 +83,9 @@ class CPopupView : public CView {
   static void m_WindowFocusInCB(void* data, Evas_Object* obj, void* event);
   static void m_RowRealizedCB(void* data, Evas_Object* obj, void* event);
   static void m_RenderPostCB(void* data, Evas* evas, void* event);
+  static Eina_Bool m_KeyHoldCB(void* data, void* loopData, int type, void* event);
+  static Ecore_Event_Key* m_CopyKey(const Ecore_Event_Key* pKey);
 
   RowFocus m_rowFocus;
+  std::vector<HeldKey> m_vecHeldKeys;  // oldest first
 };
