@@ -29,9 +29,6 @@ const char* const kKeyBack = "XF86Back";
 const char* const kKeyReturn = "Return";
 const int kTimeOutSeconds = 30;
 const int kMsgBoxTimeOutSeconds = 10;
-// The recorder confirms a stop within moments; a report that has not come by
-// then will not come, and the TV must not switch while the recording may run.
-const double kStopReportWaitSeconds = 15.0;
 // The recorder's id list has room for the two recordings a TV can run at once.
 const int kMaxRecordings = 2;
 const char kCallerAppId[] = "org.norix.epg";
@@ -53,8 +50,13 @@ static int StopPlayingMultimedia() {
   return 1;
 }
 
+// The stop requests the last StopCurrentRecording sent: none means no report
+// will come.
+static int s_nStopRequests = 0;
+
 // Stops playback and every listed recording; 0 at the first failure.
 static int StopCurrentRecording() {
+  s_nStopRequests = 0;
   uint64_t ids[kMaxRecordings] = {0, 0};
   int nCount = 0;
   const int eResult = rec_get_recording_service_id_list(ids, static_cast<int>(sizeof(ids)), &nCount, 0);
@@ -71,6 +73,7 @@ static int StopCurrentRecording() {
       LOG_ERROR("stop recording failed , servic id = 0x%llx\n", nId);
       return 0;
     }
+    ++s_nStopRequests;
     LOG_TRACE("stop recording success , servic id = 0x%llx\n", nId);
   }
   return 1;
@@ -88,15 +91,13 @@ AntennaSelectionPopup::AntennaSelectionPopup()
       m_bFirstVoiceText(true),
       m_pMsgBox(nullptr),
       m_pStopRecPopup(nullptr),
-      m_bSelectCurrentOnShow(false),
-      m_pStopWaitTimer(nullptr) {
+      m_bSelectCurrentOnShow(false) {
   LOG_TRACE("\n");
   rec_register_to_other_apps_cb(sm_CbSvcPvr, this);
 }
 
 AntennaSelectionPopup::~AntennaSelectionPopup() {
   LOG_TRACE("\n");
-  m_EndStopWait();
   rec_unregister_to_other_apps_cb(sm_CbSvcPvr);
 }
 
@@ -262,7 +263,6 @@ void AntennaSelectionPopup::t_Destroy() {
   m_ForgetWidgets();  // children of the popup: deleted with it above
 
   // Nobody waits for a stop report once the popup is gone.
-  m_EndStopWait();
   s_bWaitStopRecToChangeAntenna = false;
 }
 
@@ -498,9 +498,14 @@ bool AntennaSelectionPopup::m_ChangeAntennaCB(void* data, Evas_Object*, const ch
   LOG_TRACE("m_ChangeAntennaCB keyname %s\n", keyName);
   if (strcmp(keyName, kKeyReturn) == 0) {
     pThis->m_pMsgBox->Hide();
-    // The switch waits for the recorder's report (sm_CbSvcPvr).
+    // The switch waits for the recorder's report (sm_CbSvcPvr), unless none
+    // will come.
     WaitForStopReport();
-    StopCurrentRecording();
+    if (StopCurrentRecording() == 0) {
+      StopReportWillNotCome(false);
+    } else if (s_nStopRequests == 0) {
+      StopReportWillNotCome(true);
+    }
   } else if (strcmp(keyName, kKeyBack) == 0) {
     pThis->m_pMsgBox->Hide();
     ui_app_exit();
@@ -552,36 +557,21 @@ void AntennaSelectionPopup::sm_CbSvcPvr(rec_result result, void* data) {
   if (result.event != 1 || result.result != 1 || !s_bWaitStopRecToChangeAntenna) return;
   LOG_TRACE("recording stopped, change antenna now\n");
   s_bWaitStopRecToChangeAntenna = false;
-  pThis->m_EndStopWait();
   if (pThis->m_pMsgBox) pThis->m_pMsgBox->Hide();
   Util::ChangeAntenna(pThis->m_tvMode);
   ui_app_exit();
 }
 
-void AntennaSelectionPopup::WaitForStopReport() {
-  s_bWaitStopRecToChangeAntenna = true;
-  if (s_instance) s_instance->m_StartStopWait();
-}
+void AntennaSelectionPopup::WaitForStopReport() { s_bWaitStopRecToChangeAntenna = true; }
 
-// A plain Ecore timer, so the platform's time scale applies to it.
-void AntennaSelectionPopup::m_StartStopWait() {
-  m_EndStopWait();
-  m_pStopWaitTimer = ecore_timer_add(kStopReportWaitSeconds, m_StopWaitTimeOutCB, this);
-}
-
-void AntennaSelectionPopup::m_EndStopWait() {
-  if (m_pStopWaitTimer) ecore_timer_del(m_pStopWaitTimer);
-  m_pStopWaitTimer = nullptr;
-}
-
-// No stop report came: the recording may still run, so leave without switching.
-Eina_Bool AntennaSelectionPopup::m_StopWaitTimeOutCB(void* data) {
-  auto* pThis = static_cast<AntennaSelectionPopup*>(data);
-  if (pThis == nullptr) return ECORE_CALLBACK_CANCEL;
-  pThis->m_pStopWaitTimer = nullptr;  // returning CANCEL frees it
-  if (!s_bWaitStopRecToChangeAntenna) return ECORE_CALLBACK_CANCEL;
+void AntennaSelectionPopup::StopReportWillNotCome(bool bNothingLeftToStop) {
+  if (!s_bWaitStopRecToChangeAntenna) return;
   s_bWaitStopRecToChangeAntenna = false;
-  LOG_ERROR("no stop report within %d s, leaving without change\n", static_cast<int>(kStopReportWaitSeconds));
+  if (bNothingLeftToStop && s_instance) {
+    LOG_TRACE("no recording left to stop, change antenna now\n");
+    Util::ChangeAntenna(s_instance->m_tvMode);
+  } else {
+    LOG_ERROR("the stop request failed, leaving without change\n");
+  }
   ui_app_exit();
-  return ECORE_CALLBACK_CANCEL;
 }

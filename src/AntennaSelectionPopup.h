@@ -26,9 +26,13 @@ class AntennaSelectionPopup : public CPopupView {
 
   // True while a stopped recording has to be reported before the switch.
   static bool s_bWaitStopRecToChangeAntenna;
-  // Sets that flag and bounds the wait: a report that never comes ends the
-  // application without switching (m_StopWaitTimeOutCB).
+  // Sets that flag before a stop request: the switch waits for the recorder's
+  // report, however long it takes.
   static void WaitForStopReport();
+  // No report will come: the stop request was refused (leave without switching,
+  // the recording still runs), or nothing was left to stop (switch, nothing
+  // is cut off). Ends the wait and the application at once.
+  static void StopReportWillNotCome(bool bNothingLeftToStop);
 
  protected:
   void t_Create() override;
@@ -66,11 +70,6 @@ class AntennaSelectionPopup : public CPopupView {
   static Eina_Bool m_ChangeAntennaTimeOut(void* data);
   static void m_OnMsgBoxVisibilityChange(void* data);
 
-  // The wait for the recorder's stop report is bounded (m_StopWaitTimeOutCB).
-  void m_StartStopWait();
-  void m_EndStopWait();
-  static Eina_Bool m_StopWaitTimeOutCB(void* data);
-
   Evas_Object* m_pCloseButton;
   Evas_Object* m_pGenlist;
   Evas_Object* m_pLayout;
@@ -83,7 +82,6 @@ class AntennaSelectionPopup : public CPopupView {
   TvMode m_tvMode;
   // The current row is selected when it first gets the focus (see t_Show).
   bool m_bSelectCurrentOnShow;
-  Ecore_Timer* m_pStopWaitTimer;
 
   static AntennaSelectionPopup* s_instance;
 };

@@ -102,6 +102,7 @@ void CPopupView::t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Ev
   }
   if (!m_rowFocus.bListHooked) {
     evas_object_smart_callback_add(pGenlist, "realized", m_RowRealizedCB, this);
+    evas_object_smart_callback_add(pGenlist, "item,focused", m_RowFocusedCB, this);
     m_rowFocus.bListHooked = true;
   }
   m_TryRowFocus();
@@ -123,6 +124,7 @@ void CPopupView::t_StopRowFocus() {
   }
   if (m_rowFocus.bListHooked && m_rowFocus.pGenlist) {
     evas_object_smart_callback_del_full(m_rowFocus.pGenlist, "realized", m_RowRealizedCB, this);
+    evas_object_smart_callback_del_full(m_rowFocus.pGenlist, "item,focused", m_RowFocusedCB, this);
   }
   m_ReleaseKeys();
   m_rowFocus = RowFocus();
@@ -182,10 +184,16 @@ void CPopupView::m_TryRowFocus() {
     if (m_pWindow) evas_damage_rectangle_add(evas_object_evas_get(m_pWindow), 0, 0, 1, 1);
     return;
   }
-  focus.bPending = false;
   elm_object_focus_set(focus.pGenlist, EINA_TRUE);
-  if (focus.pfnBefore) focus.pfnBefore(focus.pData, focus.pRow);
+  if (focus.pfnBefore) {
+    focus.pfnBefore(focus.pData, focus.pRow);
+    focus.pfnBefore = nullptr;  // once, even when the focus has to be tried again
+  }
   elm_object_item_focus_set(focus.pRow, EINA_TRUE);
+  // A window whose focus is on its way out refuses it: the next focus,in retries.
+  if (elm_object_focused_item_get(focus.pGenlist) != focus.pRow) return;
+  focus.bPending = false;
+  focus.pLastRow = focus.pRow;
   m_Reveal();
   m_ReleaseKeys();
 }
@@ -224,9 +232,25 @@ void CPopupView::m_RowFocusJobCB(void* data) {
 void CPopupView::m_WindowFocusInCB(void* data, Evas_Object*, void*) {
   auto* pThis = static_cast<CPopupView*>(data);
   if (pThis == nullptr || pThis->m_pPopup == nullptr || !evas_object_visible_get(pThis->m_pPopup)) return;
-  // At once, not in a job: the keys that came with the focus are next in the
-  // queue. Only a focus still to be given: never pull it from where the viewer put it.
-  pThis->m_TryRowFocus();
+  RowFocus& focus = pThis->m_rowFocus;
+  if (focus.bPending) {
+    // At once, not in a job: the keys that came with the focus are next in the queue.
+    pThis->m_TryRowFocus();
+    return;
+  }
+  // A window that lost the focus and got it back has lost the list's row
+  // focus with it: give it back to the row that had it, unless the viewer had
+  // moved on to another widget.
+  Evas_Object* pFocused = elm_object_focused_object_get(pThis->m_pWindow);
+  if (focus.pLastRow && elm_object_focused_item_get(focus.pGenlist) == nullptr &&
+      (pFocused == nullptr || pFocused == focus.pGenlist)) {
+    elm_object_item_focus_set(focus.pLastRow, EINA_TRUE);
+  }
+}
+
+void CPopupView::m_RowFocusedCB(void* data, Evas_Object*, void* event) {
+  auto* pThis = static_cast<CPopupView*>(data);
+  if (pThis && event) pThis->m_rowFocus.pLastRow = static_cast<Elm_Object_Item*>(event);
 }
 
 void CPopupView::m_RowRealizedCB(void* data, Evas_Object*, void* event) {

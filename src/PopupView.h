@@ -38,7 +38,8 @@ class CPopupView : public CView {
   // drawn transparent (a few frames at most), and keys are held and replayed
   // in order once the row has the focus, so that the viewer's first Down moves
   // from this row. Without a row the list gets the focus, or, when the list is
-  // empty, `pFallback`.
+  // empty, `pFallback`. Later, a window that gets the focus back gives the
+  // list's row focus back too.
   void t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Evas_Object* pFallback, RowFocusCb pfnBefore,
                       void* pData);
   void t_StopRowFocus();
@@ -50,6 +51,7 @@ class CPopupView : public CView {
   struct RowFocus {
     Evas_Object* pGenlist = nullptr;
     Elm_Object_Item* pRow = nullptr;
+    Elm_Object_Item* pLastRow = nullptr;  // the row that had the focus last
     Evas_Object* pFallback = nullptr;
     RowFocusCb pfnBefore = nullptr;
     void* pData = nullptr;
@@ -82,6 +84,7 @@ class CPopupView : public CView {
   static void m_RowFocusJobCB(void* data);
   static void m_WindowFocusInCB(void* data, Evas_Object* obj, void* event);
   static void m_RowRealizedCB(void* data, Evas_Object* obj, void* event);
+  static void m_RowFocusedCB(void* data, Evas_Object* obj, void* event);
   static void m_RenderPostCB(void* data, Evas* evas, void* event);
   static Eina_Bool m_KeyHoldCB(void* data, void* loopData, int type, void* event);
   static Ecore_Event_Key* m_CopyKey(const Ecore_Event_Key* pKey);

@@ -204,12 +204,15 @@ void CStopRecordingPopupView::m_ItemSelectCb(void* data, Evas_Object* obj, void*
   // Before the request, so that the recorder's report finds the switch waiting.
   AntennaSelectionPopup::WaitForStopReport();
   const unsigned long long nId = nServiceId;
-  if (rec_stop_recording(nServiceId, 1, kCallerAppId) == 0) {
+  const bool bAccepted = rec_stop_recording(nServiceId, 1, kCallerAppId) == 0;
+  if (bAccepted) {
     LOG_INFO("stop recording success , servic id = 0x%llx\n", nId);
   } else {
     LOG_ERROR("stop recording failed , servic id = 0x%llx\n", nId);
   }
   pThis->Hide();
+  // A refused stop is never reported: the recording runs on, so no switch.
+  if (!bAccepted) AntennaSelectionPopup::StopReportWillNotCome(false);
 }
 
 void CStopRecordingPopupView::m_ButtonClickCB(void* data, Evas_Object* obj, void*) {

@@ -17,15 +17,10 @@ const int kTextSizeEnlarged = 36;
 const int kTextSizeNormal = 30;
 const char* const kFocusZoomKey = "db/menu/system/accessibility/focuszoom";
 const int kEventHandlerCount = 5;
-// The settings that decide whether the list offers satellite modes.
-const char* const kListKeys[] = {"db/menu/picture/pip/onoff", "db/mls/mls_focus", "memory/mls/state",
-                                 "db/menu/Broadcast/setting/SatelliteSystem/SatelliteAntConnectionType"};
 
 // Set by the first launch request: later ones must not rebuild the popup.
 bool s_bAppControlDone = false;
 app_event_handler_h s_handlers[kEventHandlerCount] = {};
-// From the first launch request to terminate: a list is up to be rebuilt.
-bool s_bListLive = false;
 
 void set_text_class() {
   const int nReference = Util::IsEnlarge() ? kTextSizeEnlarged : kTextSizeNormal;
@@ -40,18 +35,6 @@ void focuszoom_changed(keynode_t*, void*) {
   AntennaSelectionPopup::GetInstance()->Update();
 }
 
-// A list built from settings that changed since (its texts' language, its
-// satellite entries) is built anew, unless a pick already waits for an answer
-// or for the recorder: that question stays as the viewer saw it.
-void rebuild_list() {
-  if (!s_bListLive || AntennaSelectionPopup::s_bWaitStopRecToChangeAntenna) return;
-  if (AntennaSelectionPopup::GetTvMode() != TvMode()) return;
-  AntennaSelectionPopup::DestroyInstance();
-  AntennaSelectionPopup::GetInstance()->Show();
-}
-
-void list_setting_changed(keynode_t*, void*) { rebuild_list(); }
-
 bool app_create(void*) {
   APP_LOG(LOG_ID_SYSTEM, DLOG_WARN, "begin app_create\n");
   elm_app_base_scale_set(kAppBaseScale);
@@ -64,7 +47,6 @@ bool app_create(void*) {
   if (Util::ReverseOSD()) elm_config_mirrored_set(EINA_TRUE);
   set_text_class();
   vconf_notify_key_changed(kFocusZoomKey, focuszoom_changed, nullptr);
-  for (const char* pKey : kListKeys) vconf_notify_key_changed(pKey, list_setting_changed, nullptr);
   APP_LOG(LOG_ID_SYSTEM, DLOG_WARN, "end app_create\n");
   return true;
 }
@@ -78,7 +60,6 @@ void app_control(app_control_h, void*) {
   // A resume before the first launch may have built a popup already.
   AntennaSelectionPopup::DestroyInstance();
   AntennaSelectionPopup::GetInstance();
-  s_bListLive = true;
   APP_LOG(LOG_ID_SYSTEM, DLOG_WARN, "end app_control\n");
 }
 
@@ -97,19 +78,17 @@ void app_pause(void*) {
 
 void app_terminate(void*) {
   APP_LOG(LOG_ID_SYSTEM, DLOG_WARN, "begin app_terminate\n");
-  s_bListLive = false;
   AntennaSelectionPopup::DestroyInstance();
   ui_assist_shutdown();
   rec_service_destroy();
   vconf_ignore_key_changed(kFocusZoomKey, focuszoom_changed);
-  for (const char* pKey : kListKeys) vconf_ignore_key_changed(pKey, list_setting_changed);
   APP_LOG(LOG_ID_SYSTEM, DLOG_WARN, "end app_terminate\n");
 }
 
 void lang_changed(app_event_info_h, void*) {
   APP_LOG(LOG_ID_MAIN, DLOG_INFO, "In app lang_change\n");
+  // Texts already on screen stay as they were translated.
   elm_config_mirrored_set(Util::ReverseOSD() ? EINA_TRUE : EINA_FALSE);
-  rebuild_list();  // the texts were translated when the list was built
 }
 
 }  // namespace

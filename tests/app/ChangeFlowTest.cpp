@@ -149,39 +149,63 @@ TEST_F(ChangeFlow, OnlyAReportOfAStoppedRecordingSwitches) {
   }
 }
 
-TEST_F(ChangeFlow, WithoutAStopReportTheWaitEndsWithoutSwitching) {
+TEST_F(ChangeFlow, AnAcceptedStopWaitsForItsReportHoweverLate) {
+  AskedToStop(OneRecording({{"recorder", {{"stop_report", {{"never", true}}}}}}));
+  SetTimeScale("0.002");  // any time-out of the application is over within 60 ms
+  AnswerOnButton1("Return");
+  EXPECT_TRUE(tv.Logged("StopCurrentRecording", "stop recording success , servic id = 0x700002", 0, 5));
+  // Far longer than any time-out the application has: still waiting, nothing on screen.
+  const double until = ecore_time_get() + 0.3;
+  tvtest::PumpUntil([&] { return Exited() || ecore_time_get() > until; }, 1.0);
+  EXPECT_FALSE(Exited());
+  EXPECT_TRUE(Tuning().empty());
+  EXPECT_TRUE(AntennaSelectionPopup::s_bWaitStopRecToChangeAntenna);
+  EXPECT_EQ(nullptr, VisibleBox());
+  EXPECT_EQ(nullptr, VisibleList());
+  // The report, however late, switches.
+  SendRecorderEvent(1, 1);
+  EXPECT_TRUE(SwitchedToCable());
+  EXPECT_EQ(1, tvsim::ExitRequests());
+}
+
+TEST_F(ChangeFlow, WhenNoReportCanComeTheWaitEndsAtOnce) {
   struct Row {
     const char* name;
-    json patch;
     json fault;  // set once the question is on screen
+    bool endRecording;  // the recording ends by itself while the question is shown
     const char* stopLine;  // StopCurrentRecording's line about the stop
-    int stopPriority;
     int stopBuffer;
+    const char* endLine;  // StopReportWillNotCome's line
+    int endBuffer;
+    bool switches;
   } rows[] = {
-      {"the report never comes", {{"recorder", {{"stop_report", {{"never", true}}}}}}, nullptr,
-       "stop recording success , servic id = 0x700002", 5, 0},
-      {"the stop is refused", json::object(), {{"op", "rec_stop_recording"}, {"result", -3}},
-       "stop recording failed , servic id = 0x700002", 5, 2},
-      {"the list cannot be read", json::object(), {{"op", "rec_get_recording_service_id_list"}, {"result", -5}},
-       "get recording service id list failed, nCount = 0, eResult = -5", 5, 2},
+      {"the stop is refused", {{"op", "rec_stop_recording"}, {"result", -3}}, false,
+       "stop recording failed , servic id = 0x700002", 2, "the stop request failed, leaving without change", 2,
+       false},
+      {"the list cannot be read", {{"op", "rec_get_recording_service_id_list"}, {"result", -5}}, false,
+       "get recording service id list failed, nCount = 0, eResult = -5", 2,
+       "the stop request failed, leaving without change", 2, false},
+      {"nothing is left to stop", nullptr, true, "get recording service id list success, nCount = 0, eResult = 0", 0,
+       "no recording left to stop, change antenna now", 0, true},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    AskedToStop(OneRecording(row.patch));
+    AskedToStop(OneRecording());
     if (!row.fault.is_null()) tv.AddFault(row.fault);
-    tvtest::PressKey(m_pWindow, "Left");
-    SetTimeScale("0.002");  // the 15 s wait becomes 30 ms
-    tvtest::PressKey(m_pWindow, "Return");
-    ASSERT_TRUE(tvtest::PumpUntil([] { return tvsim::ExitRequests() >= 1; }));
-    SetTimeScale("1");
-    EXPECT_TRUE(tv.Logged("StopCurrentRecording", row.stopLine, row.stopBuffer, row.stopPriority));
-    EXPECT_TRUE(tv.Logged("m_StopWaitTimeOutCB", "no stop report within 15 s, leaving without change", 2, 5));
-    EXPECT_TRUE(Tuning().empty());
-    // A report after the wait gave up must not switch the TV either.
-    SendRecorderEvent(1, 1);
-    EXPECT_TRUE(Tuning().empty());
+    if (row.endRecording) tvsim::Control(tv.DbPath()).StopRecording(kRecorded);
+    AnswerOnButton1("Return");
+    // At once, inside the answer: no time-out is involved.
     EXPECT_EQ(1, tvsim::ExitRequests());
+    EXPECT_TRUE(tv.Logged("StopCurrentRecording", row.stopLine, row.stopBuffer, 5));
+    EXPECT_TRUE(tv.Logged("StopReportWillNotCome", row.endLine, row.endBuffer, 5));
+    EXPECT_EQ(row.switches, SwitchedToCable());
+    EXPECT_EQ(row.switches ? 1u : 0u, Tuning().size());
+    EXPECT_FALSE(AntennaSelectionPopup::s_bWaitStopRecToChangeAntenna);
+    // A report after the end must not switch (again).
+    SendRecorderEvent(1, 1);
+    EXPECT_EQ(row.switches ? 1u : 0u, Tuning().size());
     AntennaSelectionPopup::DestroyInstance();
+    tvsim::ResetExitRequests();
   }
 }
 
