@@ -25,8 +25,8 @@ bool Exists(const std::string& path) {
   return stat(path.c_str(), &info) == 0;
 }
 
-// A tour as someone who has not read the code would write it: a key, a wait
-// and an expectation, and a screenshot.
+// A tour as someone who has not read the code would write it: keys, waits, a
+// change made to the TV, an expectation and screenshots.
 std::string TesterTour(int expectedAntenna) {
   return R"({
   "scenario": ")" + std::string(TV_SOURCE_DIR) + R"(/scenarios/sample.json",
@@ -35,6 +35,7 @@ std::string TesterTour(int expectedAntenna) {
     {"key": "Down"},
     {"wait": "frame", "text": "Cable", "timeout": 5},
     {"screenshot": "on-cable"},
+    {"tvctl": "set", "key": "db/menu/system/accessibility/focuszoom", "value": 1},
     {"key": "Return"},
     {"wait": "exit", "status": 0},
     {"expect": "mode", "antenna": )" + std::to_string(expectedAntenna) + R"(, "service": 21},
@@ -115,12 +116,12 @@ TEST(Tvtour, RunsATesterTourAndFailsItForTheRightReasonNamingTheStep) {
 
   // Twice, to count the passes: the first run's TV does not leak into the second.
   EXPECT_EQ(1, tv.Run(Tvtour() + " --xvfb --quiet --repeat 2 --out " + out + " " + fail + " 2>&1", &output)) << output;
-  EXPECT_NE(std::string::npos, output.find("step 7 (/steps/6) expect mode antenna 2 service 21: the TV's mode is "
+  EXPECT_NE(std::string::npos, output.find("step 8 (/steps/7) expect mode antenna 2 service 21: the TV's mode is "
                                            "{\"antenna\":1,\"service\":21}")) << output;
   EXPECT_NE(std::string::npos, output.find("0 of 2 runs passed")) << output;
   const std::string failed = Read(out + "/wrong/report.md");
-  EXPECT_NE(std::string::npos, failed.find("| 8 | screenshot after | not run |")) << failed;
+  EXPECT_NE(std::string::npos, failed.find("| 9 | screenshot after | not run |")) << failed;
   const std::string junit = Read(out + "/junit.xml");
   EXPECT_NE(std::string::npos, junit.find("tests=\"2\" failures=\"2\"")) << junit;
-  EXPECT_NE(std::string::npos, junit.find("<failure message=\"step 7 (/steps/6)")) << junit;
+  EXPECT_NE(std::string::npos, junit.find("<failure message=\"step 8 (/steps/7)")) << junit;
 }

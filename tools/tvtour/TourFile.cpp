@@ -213,7 +213,8 @@ class StepReader {
     static const char* const kinds[] = {"key", "tvctl", "wait", "expect", "screenshot", "signal"};
     std::vector<std::string> found;
     for (const char* kind : kinds) {
-      if (v.contains(kind)) found.push_back(kind);
+      // "key" is also the member of a tvctl set: the setting's key.
+      if (v.contains(kind) && !(v.contains("tvctl") && std::string(kind) == "key")) found.push_back(kind);
     }
     if (found.empty()) {
       r.Refuse(p, "a step needs one of \"key\", \"tvctl\", \"wait\", \"expect\", \"screenshot\", \"signal\"");
