@@ -29,7 +29,8 @@ bool Exists(const std::string& path) {
 // change made to the TV, an expectation and screenshots.
 std::string TesterTour(int expectedAntenna) {
   return R"({
-  "scenario": ")" + std::string(TV_SOURCE_DIR) + R"(/scenarios/sample.json",
+  "scenario": ")" +
+         std::string(TV_SOURCE_DIR) + R"(/scenarios/sample.json",
   "steps": [
     {"wait": "frame", "text": "Air"},
     {"key": "Down"},
@@ -38,7 +39,8 @@ std::string TesterTour(int expectedAntenna) {
     {"tvctl": "set", "key": "db/menu/system/accessibility/focuszoom", "value": 1},
     {"key": "Return"},
     {"wait": "exit", "status": 0},
-    {"expect": "mode", "antenna": )" + std::to_string(expectedAntenna) + R"(, "service": 21},
+    {"expect": "mode", "antenna": )" +
+         std::to_string(expectedAntenna) + R"(, "service": 21},
     {"screenshot": "after"}
   ]
 })";
@@ -67,11 +69,13 @@ TEST(Tvtour, RefusesABrokenTourBeforeAnythingRunsNamingFilePointerAndProblem) {
       {head + R"([{"expect": "weather"}]})", "/steps/0/expect", "unknown expectation"},
       {head + R"([{"expect": "tuning_changes"}]})", "/steps/0", "count"},
       {head + R"([{"screenshot": "a"}, {"screenshot": "a"}]})", "/steps/1/screenshot", "taken twice"},
-      {head + R"([{"tvctl": "fault", "add": {"op": "Frobnicate", "result": 1}}]})", "/steps/0/add/op", "unknown operation"},
+      {head + R"([{"tvctl": "fault", "add": {"op": "Frobnicate", "result": 1}}]})", "/steps/0/add/op",
+       "unknown operation"},
       {head + R"([{"tvctl": "recording", "start": 0}]})", "/steps/0/start", "not a service id"},
       {R"({"scenario": ")" + scenario + R"(", "changes": {"tv_mode": {"antenna": 7}}, "steps": [{"key": "Up"}]})",
        "/changes/tv_mode/antenna", "out of range"},
-      {R"({"scenario": {"services": [{"id": 1}]}, "steps": [{"key": "Up"}]})", "/scenario/services/0", "missing member"},
+      {R"({"scenario": {"services": [{"id": 1}]}, "steps": [{"key": "Up"}]})", "/scenario/services/0",
+       "missing member"},
       {R"({"scenario": {}, "settings": {"language": "Arabic"}, "steps": [{"key": "Up"}]})", "/settings/language",
        "not a language"},
       {R"({"scenario": {}, "start": {"focus": "later"}, "steps": [{"key": "Up"}]})", "/start/focus", "\"map\""},
@@ -111,13 +115,15 @@ TEST(Tvtour, RunsATesterTourAndFailsItForTheRightReasonNamingTheStep) {
   const std::string report = Read(out + "/right/report.md");
   EXPECT_NE(std::string::npos, report.find("![01-on-cable.png](01-on-cable.png)")) << report;
   EXPECT_EQ("\x89PNG", Read(out + "/right/01-on-cable.png").substr(0, 4));
-  EXPECT_NE(std::string::npos, report.find("`{\"antenna\":0,\"service\":21}` | `{\"antenna\":1,\"service\":21}`")) << report;
+  EXPECT_NE(std::string::npos, report.find("`{\"antenna\":0,\"service\":21}` | `{\"antenna\":1,\"service\":21}`"))
+      << report;
   EXPECT_NE(std::string::npos, report.find("end app_terminate")) << "the log is in the report";
 
   // Twice, to count the passes: the first run's TV does not leak into the second.
   EXPECT_EQ(1, tv.Run(Tvtour() + " --xvfb --quiet --repeat 2 --out " + out + " " + fail + " 2>&1", &output)) << output;
   EXPECT_NE(std::string::npos, output.find("step 8 (/steps/7) expect mode antenna 2 service 21: the TV's mode is "
-                                           "{\"antenna\":1,\"service\":21}")) << output;
+                                           "{\"antenna\":1,\"service\":21}"))
+      << output;
   EXPECT_NE(std::string::npos, output.find("0 of 2 runs passed")) << output;
   const std::string failed = Read(out + "/wrong/report.md");
   EXPECT_NE(std::string::npos, failed.find("| 9 | screenshot after | not run |")) << failed;

@@ -83,8 +83,9 @@ void End(pid_t& pid) {
 std::string StartXvfb(const std::string& display, const std::string& size, pid_t* pid) {
   int fds[2];
   if (pipe(fds) != 0) throw std::runtime_error("cannot make a pipe for Xvfb");
-  *pid = Spawn({"Xvfb", display, "-displayfd", std::to_string(fds[1]), "-screen", "0", size + "x24", "-nolisten", "tcp"},
-               "", fds[1]);
+  *pid =
+      Spawn({"Xvfb", display, "-displayfd", std::to_string(fds[1]), "-screen", "0", size + "x24", "-nolisten", "tcp"},
+            "", fds[1]);
   close(fds[1]);
   // It writes the display number once it accepts connections.
   std::string written;

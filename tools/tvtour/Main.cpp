@@ -110,7 +110,8 @@ int main(int argc, char** argv) {
         const std::string text = value();
         char* end = nullptr;
         const long n = std::strtol(text.c_str(), &end, 10);
-        if (text.empty() || *end != '\0' || n < 1 || n > 10000) return BadUsage("--repeat needs a count from 1 to 10000");
+        if (text.empty() || *end != '\0' || n < 1 || n > 10000)
+          return BadUsage("--repeat needs a count from 1 to 10000");
         repeat = static_cast<int>(n);
       } else if (arg == "--xvfb") {
         ownDisplay = true;
@@ -147,7 +148,8 @@ int main(int argc, char** argv) {
     }
   }
   if (checkOnly) {
-    for (const tvtour::Tour& tour : tours) std::cout << "tvtour: " << tour.file << ": ok, " << tour.steps.size() << " steps\n";
+    for (const tvtour::Tour& tour : tours)
+      std::cout << "tvtour: " << tour.file << ": ok, " << tour.steps.size() << " steps\n";
     return kAllPassed;
   }
 

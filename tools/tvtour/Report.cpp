@@ -37,10 +37,18 @@ std::string Xml(const std::string& text) {
   std::string out;
   for (char c : text) {
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
       default:
         // XML 1.0 has no place for other control characters.
         if (static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') {
@@ -61,14 +69,19 @@ std::string Fixed(double seconds) {
 
 std::string Verdict(StepResult::Verdict verdict) {
   switch (verdict) {
-    case StepResult::Verdict::kPassed: return "ok";
-    case StepResult::Verdict::kFailed: return "**FAILED**";
-    case StepResult::Verdict::kNotRun: return "not run";
+    case StepResult::Verdict::kPassed:
+      return "ok";
+    case StepResult::Verdict::kFailed:
+      return "**FAILED**";
+    case StepResult::Verdict::kNotRun:
+      return "not run";
   }
   return "";
 }
 
-json Member(const json& state, const char* name) { return state.is_object() && state.contains(name) ? state.at(name) : json(); }
+json Member(const json& state, const char* name) {
+  return state.is_object() && state.contains(name) ? state.at(name) : json();
+}
 
 // The records, one per line, without the columns every record has.
 void Records(std::ostream& page, const json& state, const char* name) {
@@ -98,12 +111,13 @@ void RunDetails(std::ostream& page, const TourOutcome& outcome, const RunResult&
     const StepResult& step = run.steps[i];
     page << "| " << i + 1 << " | " << Cell(step.label) << (step.note.empty() ? "" : "<br>*" + Cell(step.note) + "*")
          << " | " << Verdict(step.verdict) << " | "
-         << (step.verdict == StepResult::Verdict::kNotRun ? "" : Fixed(step.atSeconds)) << " | "
-         << Cell(step.message) << " |\n";
+         << (step.verdict == StepResult::Verdict::kNotRun ? "" : Fixed(step.atSeconds)) << " | " << Cell(step.message)
+         << " |\n";
   }
   page << "\n";
   for (const StepResult& step : run.steps) {
-    if (!step.screenshot.empty()) page << "**" << step.label << "**\n\n![" << step.screenshot << "](" << prefix << step.screenshot << ")\n\n";
+    if (!step.screenshot.empty())
+      page << "**" << step.label << "**\n\n![" << step.screenshot << "](" << prefix << step.screenshot << ")\n\n";
   }
   if (!run.failureShot.empty()) {
     page << "**The screen when the tour failed**\n\n![failed](" << prefix << run.failureShot << ")\n\n";
@@ -134,8 +148,10 @@ int TourOutcome::Passed() const {
 
 std::string WriteTourPage(const TourOutcome& outcome) {
   for (const RunResult& run : outcome.runs) {
-    std::ofstream(run.folder + "/state-before.json") << run.before.dump(2, ' ', false, json::error_handler_t::replace) << "\n";
-    std::ofstream(run.folder + "/state-after.json") << run.after.dump(2, ' ', false, json::error_handler_t::replace) << "\n";
+    std::ofstream(run.folder + "/state-before.json")
+        << run.before.dump(2, ' ', false, json::error_handler_t::replace) << "\n";
+    std::ofstream(run.folder + "/state-after.json")
+        << run.after.dump(2, ' ', false, json::error_handler_t::replace) << "\n";
   }
   const Tour& tour = *outcome.tour;
   const int passed = outcome.Passed();
@@ -166,8 +182,8 @@ std::string WriteTourPage(const TourOutcome& outcome) {
   }
   if (!outcome.runs.empty()) {
     const RunResult& run = outcome.runs[shown];
-    page << "## " << (total > 1 ? "Run " + std::to_string(shown + 1) + ", " : std::string()) << (run.passed ? "passed" : "failed")
-         << "\n\n";
+    page << "## " << (total > 1 ? "Run " + std::to_string(shown + 1) + ", " : std::string())
+         << (run.passed ? "passed" : "failed") << "\n\n";
     if (!run.passed) page << "**" << Cell(run.failure) << "**\n\n";
     RunDetails(page, outcome, run);
   }
@@ -205,8 +221,9 @@ std::string WriteSummary(const std::string& out, const std::vector<TourOutcome>&
       for (size_t s = 0; s < run.steps.size(); ++s) {
         const StepResult& step = run.steps[s];
         if (step.verdict == StepResult::Verdict::kNotRun) continue;
-        xml << Xml(std::to_string(s + 1) + " " + step.label + ": " + (step.verdict == StepResult::Verdict::kPassed ? "ok" : "FAILED") +
-                   " " + step.message) << "\n";
+        xml << Xml(std::to_string(s + 1) + " " + step.label + ": " +
+                   (step.verdict == StepResult::Verdict::kPassed ? "ok" : "FAILED") + " " + step.message)
+            << "\n";
       }
       xml << "Report: " << Xml(outcome.folder + "/report.md") << "</failure>\n    </testcase>\n";
     }

@@ -12,9 +12,9 @@
 #include <iomanip>
 #include <map>
 #include <memory>
-#include <regex>
 #include <sstream>
 
+#include "Checks.h"
 #include "Control.h"
 #include "Errors.h"
 #include "Program.h"
@@ -26,36 +26,15 @@ using nlohmann::json;
 namespace {
 
 const char* const kWindowName = "Antenna Selection Wnd";
-const double kQuietMs = 300;        // no frame for this long: the screen is still
+const double kQuietMs = 300;         // no frame for this long: the screen is still
 const double kSettleLimitMs = 5000;  // a screen that keeps moving is taken as it is
-const double kTvPollMs = 50;        // the TV's state is read at most this often while waiting
-
-const char* const kBufferNames[] = {"main", "radio", "system", "apps"};
-const char kPriorityLetters[] = "??VDIWEF";
+const double kTvPollMs = 50;         // the TV's state is read at most this often while waiting
 
 std::string Seconds(double ms) {
   std::ostringstream out;
   out << std::fixed << std::setprecision(2) << ms / 1000.0 << " s";
   return out.str();
 }
-
-std::string Quote(const std::string& text) { return "\"" + text + "\""; }
-
-std::string Compact(const json& value) { return value.dump(-1, ' ', false, json::error_handler_t::replace); }
-
-// Every member of want is in have with the same value.
-bool Matches(const json& have, const json& want) {
-  if (!have.is_object()) return false;
-  for (const auto& member : want.items()) {
-    if (!have.contains(member.key()) || have.at(member.key()) != member.value()) return false;
-  }
-  return true;
-}
-
-class StepFailed : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 class Run {
  public:
@@ -82,8 +61,7 @@ class Run {
   void Screenshot(const Step& step, StepResult& result);
   void Signal(const Step& step, StepResult& result);
 
-  int LogMatches(const json& args) const;
-  std::string LastFrame() const;
+  std::string LastFrame() const { return "the last frame " + LastFrameShowed(m_program.Frames()); }
   bool WindowShown() const { return m_program.Running() && m_desk.AppMapped(); }
   std::string Shot(const std::string& name);
 
@@ -177,9 +155,10 @@ void Run::Start() {
     throw StepFailed("the program " + m_program.HowEnded() + " before its window was shown");
   }
   if (!ok) {
-    throw StepFailed(std::string(m_desk.AppMapped() ? (m_desk.WindowManagerRunning() ? "the window manager did not focus the window"
-                                                                                     : "no frame was drawn")
-                                                    : "no window \"" + std::string(kWindowName) + "\" was shown") +
+    throw StepFailed(std::string(m_desk.AppMapped()
+                                     ? (m_desk.WindowManagerRunning() ? "the window manager did not focus the window"
+                                                                      : "no frame was drawn")
+                                     : "no window \"" + std::string(kWindowName) + "\" was shown") +
                      " within " + Seconds(m_tour.startTimeout * 1000) + " of the launch");
   }
   if (!m_desk.WindowManagerRunning() && !focusGiven) throw StepFailed(focusError);
@@ -203,32 +182,6 @@ bool Run::Settle() {
         return !frames.empty() && NowMs() - frames.back().ms >= kQuietMs;
       },
       NowMs() + kSettleLimitMs);
-}
-
-std::string Run::LastFrame() const {
-  const auto& frames = m_program.Frames();
-  if (frames.empty()) return "no frame drawn yet";
-  const Frame& last = frames.back();
-  if (last.row == 0 && last.text.empty()) return "the last frame showed nothing focused";
-  return "the last frame showed " + (last.row > 0 ? "row " + std::to_string(last.row) + " " : std::string()) +
-         Quote(last.text) + " focused";
-}
-
-int Run::LogMatches(const json& args) const {
-  const std::regex pattern(args.at("pattern").get<std::string>());
-  int count = 0;
-  for (const tvsim::LogRecord& record : m_program.Log()) {
-    if (args.contains("buffer") &&
-        (record.buffer < 0 || record.buffer > 3 || args.at("buffer").get<std::string>() != kBufferNames[record.buffer])) {
-      continue;
-    }
-    if (args.contains("priority") && (record.priority < 2 || record.priority > 7 ||
-                                       args.at("priority").get<std::string>()[0] != kPriorityLetters[record.priority])) {
-      continue;
-    }
-    if (std::regex_search(record.tag + ": " + record.message, pattern)) ++count;
-  }
-  return count;
 }
 
 std::string Run::Shot(const std::string& name) {
@@ -306,10 +259,7 @@ void Run::Wait(const Step& step, StepResult& result) {
     }
   } else if (step.what == "frame") {
     const size_t before = m_program.Frames().size();
-    auto fits = [&](const Frame& f) {
-      return (!a.contains("text") || f.text == a.at("text").get<std::string>()) &&
-             (!a.contains("row") || f.row == a.at("row").get<int>());
-    };
+    auto fits = [&](const Frame& f) { return FrameFits(f, a); };
     const bool any = !a.contains("text") && !a.contains("row");
     const bool ok = WaitUntil(
         [&] {
@@ -329,7 +279,7 @@ void Run::Wait(const Step& step, StepResult& result) {
       while (first > 0 && fits(frames[first - 1])) --first;
     }
     mark = frames[first].ms;
-    result.message = LastFrame().substr(std::string("the last frame ").size());
+    result.message = LastFrameShowed(frames);
   } else if (step.what == "settled") {
     if (!WaitUntil(
             [&] {
@@ -341,8 +291,9 @@ void Run::Wait(const Step& step, StepResult& result) {
     }
   } else if (step.what == "log") {
     const int wanted = a.value("count", 1);
-    if (!WaitUntil([&] { return LogMatches(a) >= wanted; }, deadline)) {
-      throw StepFailed(std::to_string(LogMatches(a)) + " log line(s) matched, not " + std::to_string(wanted) + within);
+    if (!WaitUntil([&] { return CountLogLines(a, m_program.Log()) >= wanted; }, deadline)) {
+      throw StepFailed(std::to_string(CountLogLines(a, m_program.Log())) + " log line(s) matched, not " +
+                       std::to_string(wanted) + within);
     }
   } else if (step.what == "tv") {
     const json::json_pointer pointer(a.at("pointer").get<std::string>());
@@ -378,74 +329,26 @@ void Run::Wait(const Step& step, StepResult& result) {
 void Run::Expect(const Step& step, StepResult& result) {
   const json& a = step.args;
   Refresh();
-  auto fail = [](const std::string& why) { throw StepFailed(why); };
-  if (step.what == "mode" || step.what == "recordings" || step.what == "tuning_changes" || step.what == "kpi_events" ||
-      step.what == "recorder_requests" || step.what == "tv") {
-    const json state = State();
-    if (step.what == "mode") {
-      const json& mode = state.at("tv_mode");
-      const bool ok = mode.at("antenna") == a.at("antenna") && (!a.contains("service") || mode.at("service") == a.at("service"));
-      if (!ok) fail("the TV's mode is " + Compact(mode));
-      result.message = Compact(mode);
-    } else if (step.what == "recordings") {
-      if (state.at("recordings") != a.at("equals")) fail("the recordings are " + Compact(state.at("recordings")));
-      result.message = Compact(state.at("recordings"));
-    } else if (step.what == "tv") {
-      const json::json_pointer pointer(a.at("pointer").get<std::string>());
-      if (!state.contains(pointer)) fail(a.at("pointer").get<std::string>() + " is absent");
-      if (state.at(pointer) != a.at("equals")) fail(a.at("pointer").get<std::string>() + " is " + Compact(state.at(pointer)));
-      result.message = Compact(state.at(pointer));
-    } else {
-      // Records without time, pid and seq read better in a message.
-      json records = state.at(step.what);
-      for (json& record : records) {
-        for (const char* noise : {"time", "seq"}) record.erase(noise);
-      }
-      if (a.contains("count") && records.size() != a.at("count").get<size_t>()) {
-        fail(std::to_string(records.size()) + " " + step.what + ": " + Compact(records));
-      }
-      if (a.contains("last") && (records.empty() || !Matches(records.back(), a.at("last")))) {
-        fail("the last of " + step.what + " is " + (records.empty() ? "none" : Compact(records.back())));
-      }
-      if (a.contains("contains")) {
-        for (const json& want : a.at("contains")) {
-          bool found = false;
-          for (const json& record : records) found = found || Matches(record, want);
-          if (!found) fail("no record like " + Compact(want) + " in " + Compact(records));
-        }
-      }
-      result.message = std::to_string(records.size()) + " record(s)" + (records.empty() ? "" : ", last " + Compact(records.back()));
-    }
+  if (IsStateCheck(step.what)) {
+    result.message = CheckState(step.what, a, State());
   } else if (step.what == "log") {
-    const int count = LogMatches(a);
-    const bool present = a.value("present", true);
-    if (!present && count > 0) fail(std::to_string(count) + " log line(s) matched");
-    if (present && a.contains("count") && count != a.at("count").get<int>()) {
-      fail(std::to_string(count) + " log line(s) matched, not " + Compact(a.at("count")));
-    }
-    if (present && count == 0) fail("no log line matched");
-    result.message = std::to_string(count) + " line(s)";
+    result.message = CheckLog(a, m_program.Log());
+  } else if (step.what == "focused") {
+    result.message = CheckFocused(a, m_program.Frames());
   } else if (step.what == "exit") {
-    if (!m_program.Ended()) fail("the program is still running");
-    if (a.contains("status") && m_program.ExitStatus() != a.at("status").get<int>()) fail("the program " + m_program.HowEnded());
+    if (!m_program.Ended()) throw StepFailed("the program is still running");
+    if (a.contains("status") && m_program.ExitStatus() != a.at("status").get<int>()) {
+      throw StepFailed("the program " + m_program.HowEnded());
+    }
     result.message = m_program.HowEnded();
   } else if (step.what == "running") {
-    if (!m_program.Running()) fail("the program " + m_program.HowEnded());
+    if (!m_program.Running()) throw StepFailed("the program " + m_program.HowEnded());
     result.message = "running";
-  } else if (step.what == "focused") {
-    const auto& frames = m_program.Frames();
-    if (frames.empty()) fail("no frame drawn yet");
-    const Frame& last = frames.back();
-    if ((a.contains("text") && last.text != a.at("text").get<std::string>()) ||
-        (a.contains("row") && last.row != a.at("row").get<int>())) {
-      fail(LastFrame());
-    }
-    result.message = LastFrame().substr(std::string("the last frame ").size());
   } else if (step.what == "window") {
     const bool shown = a.at("shown").get<bool>();
     if (WindowShown() != shown) {
-      fail(std::string("the window is ") + (WindowShown() ? "shown" : "not shown") +
-           (m_program.Ended() ? " (the program " + m_program.HowEnded() + ")" : ""));
+      throw StepFailed(std::string("the window is ") + (WindowShown() ? "shown" : "not shown") +
+                       (m_program.Ended() ? " (the program " + m_program.HowEnded() + ")" : ""));
     }
     result.message = shown ? "shown" : "gone";
   }
@@ -460,7 +363,8 @@ void Run::Screenshot(const Step& step, StepResult& result) {
 }
 
 void Run::Signal(const Step& step, StepResult& result) {
-  static const std::map<std::string, int> numbers = {{"TERM", SIGTERM}, {"INT", SIGINT}, {"HUP", SIGHUP}, {"KILL", SIGKILL}};
+  static const std::map<std::string, int> numbers = {
+      {"TERM", SIGTERM}, {"INT", SIGINT}, {"HUP", SIGHUP}, {"KILL", SIGKILL}};
   Refresh();
   if (!m_program.Running()) throw StepFailed("the program " + m_program.HowEnded() + " already");
   m_program.Signal(numbers.at(step.what));
@@ -479,17 +383,30 @@ void Run::DoStep(const Step& step, StepResult& result) {
     WaitUntil([] { return false; }, due);
   }
   switch (step.kind) {
-    case Step::Kind::kKey: Key(step, result); break;
-    case Step::Kind::kTvctl: Tvctl(step, result); break;
-    case Step::Kind::kWait: Wait(step, result); break;
-    case Step::Kind::kExpect: Expect(step, result); break;
-    case Step::Kind::kScreenshot: Screenshot(step, result); break;
-    case Step::Kind::kSignal: Signal(step, result); break;
+    case Step::Kind::kKey:
+      Key(step, result);
+      break;
+    case Step::Kind::kTvctl:
+      Tvctl(step, result);
+      break;
+    case Step::Kind::kWait:
+      Wait(step, result);
+      break;
+    case Step::Kind::kExpect:
+      Expect(step, result);
+      break;
+    case Step::Kind::kScreenshot:
+      Screenshot(step, result);
+      break;
+    case Step::Kind::kSignal:
+      Signal(step, result);
+      break;
   }
 }
 
 RunResult Run::Go() {
   const double began = NowMs();
+  m_launchMs = began;  // until the launch
   m_result.folder = m_folder;
   for (const Step& step : m_tour.steps) {
     StepResult r;
