@@ -7,7 +7,8 @@ build=${1:-$root/build}
 shift || true
 
 packages=(cmake g++ make pkg-config libefl-all-dev libedje-bin nlohmann-json3-dev libsqlite3-dev
-          libgtest-dev libgmock-dev gettext xvfb xauth xdotool imagemagick fonts-dejavu-core jq)
+          libgtest-dev libgmock-dev gettext xvfb xauth xdotool imagemagick fonts-dejavu-core jq
+          libx11-dev libxtst-dev evilwm)
 source "$root/scripts/install-missing.sh"
 install_missing setup "${packages[@]}"
 

@@ -3,10 +3,12 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string>
 
 namespace tvsim {
 namespace {
@@ -57,6 +59,29 @@ bool RowOnScreen(Evas_Object* list, Elm_Object_Item* row) {
   return w > 0 && h > 0 && y >= ly && y + h <= ly + lh;
 }
 
+// What the viewer reads on the focused widget, as one line of plain text: the
+// focused row's main text, or a focused button's label.
+std::string FocusedText(Evas_Object* focused, Elm_Object_Item* row) {
+  const char* markup = nullptr;
+  if (row != nullptr) {
+    markup = elm_object_item_part_text_get(row, nullptr);
+  } else if (focused != nullptr && evas_object_type_get(focused) != nullptr &&
+             strcasecmp(evas_object_type_get(focused), "Elm_Button") == 0) {
+    markup = elm_object_part_text_get(focused, nullptr);
+  }
+  if (markup == nullptr) return "";
+  char* plain = elm_entry_markup_to_utf8(markup);
+  std::string text = plain != nullptr ? plain : "";
+  free(plain);
+  for (char& c : text) {
+    if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+  }
+  // One write per line stays atomic below PIPE_BUF; cut between characters.
+  size_t end = std::min<size_t>(text.size(), 400);
+  while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+  return text.substr(0, end);
+}
+
 void OnRenderPost(void* data, Evas*, void* event) {
   const auto* post = static_cast<const Evas_Event_Render_Post*>(event);
   // A render pass that drew nothing is no frame.
@@ -66,15 +91,19 @@ void OnRenderPost(void* data, Evas*, void* event) {
   int row = 0;
   int shown = 0;
   Evas_Object* focused = elm_object_focused_object_get(window);
+  Elm_Object_Item* item = nullptr;
   if (focused != nullptr && IsGenlist(focused)) {
-    Elm_Object_Item* item = elm_object_focused_item_get(focused);
+    item = elm_object_focused_item_get(focused);
     if (item != nullptr) {
       row = elm_genlist_item_index_get(item);
       shown = (elm_win_focus_get(window) && RowOnScreen(focused, item)) ? 1 : 0;
     }
   }
-  char line[96];
-  WriteLine(line, std::snprintf(line, sizeof line, "frame %lld %d %d\n", now, row, shown));
+  const std::string text = FocusedText(focused, item);
+  char head[64];
+  std::snprintf(head, sizeof head, "frame %lld %d %d ", now, row, shown);
+  const std::string line = head + text + "\n";
+  WriteLine(line.data(), static_cast<int>(line.size()));
 }
 
 Eina_Bool OnKeyDown(void*, int, void* event) {
