@@ -32,6 +32,9 @@ void CPopupView::t_Create() {
   }
   // The window may take the popup down with it; forget the pointer then.
   evas_object_event_callback_add(m_pPopup, EVAS_CALLBACK_DEL, m_PopupDelCB, this);
+  // From now on: the keys that come with the window's focus may be handled
+  // before the popup is shown.
+  m_HoldKeys();
   Update();
 }
 
@@ -92,9 +95,7 @@ void CPopupView::t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Ev
   m_rowFocus.pfnBefore = pfnBefore;
   m_rowFocus.pData = pData;
   m_rowFocus.bPending = true;
-  // Keys the viewer presses before the row has the focus wait for it: else a
-  // Down lands on the list's first row, and a Return on nothing.
-  if (m_rowFocus.pKeyHold == nullptr) m_rowFocus.pKeyHold = ecore_event_filter_add(nullptr, m_KeyHoldCB, nullptr, this);
+  m_HoldKeys();
   // A window that gets the focus only later has dropped the row focus.
   if (!m_rowFocus.bWindowHooked && m_pWindow) {
     evas_object_smart_callback_add(m_pWindow, "focus,in", m_WindowFocusInCB, this);
@@ -136,11 +137,23 @@ void CPopupView::m_Reveal() {
   if (m_pPopup) evas_object_color_set(m_pPopup, 255, 255, 255, 255);
 }
 
+// Keys the viewer presses before the row has the focus wait for it: else a
+// Down lands on the list's first row, and a Return on nothing. Handlers put
+// first, not an event filter: a filter sees only the events of the next pass
+// of the main loop, while keys read with the window's focus may already be
+// queued behind the callback that shows the popup.
+void CPopupView::m_HoldKeys() {
+  if (m_rowFocus.pKeyDownHold) return;
+  m_rowFocus.pKeyDownHold = ecore_event_handler_prepend(ECORE_EVENT_KEY_DOWN, m_KeyHoldCB, this);
+  m_rowFocus.pKeyUpHold = ecore_event_handler_prepend(ECORE_EVENT_KEY_UP, m_KeyHoldCB, this);
+}
+
 // Held keys go back to the main loop in their order, behind anything queued
 // meanwhile; from now on keys pass.
 void CPopupView::m_ReleaseKeys() {
-  if (m_rowFocus.pKeyHold) ecore_event_filter_del(m_rowFocus.pKeyHold);
-  m_rowFocus.pKeyHold = nullptr;
+  if (m_rowFocus.pKeyDownHold) ecore_event_handler_del(m_rowFocus.pKeyDownHold);
+  if (m_rowFocus.pKeyUpHold) ecore_event_handler_del(m_rowFocus.pKeyUpHold);
+  m_rowFocus.pKeyDownHold = m_rowFocus.pKeyUpHold = nullptr;
   for (const HeldKey& held : m_vecHeldKeys) ecore_event_add(held.type, held.pEvent, nullptr, nullptr);
   m_vecHeldKeys.clear();
 }
@@ -258,12 +271,11 @@ void CPopupView::m_RowRealizedCB(void* data, Evas_Object*, void* event) {
   if (pThis && event && event == pThis->m_rowFocus.pRow) pThis->m_QueueRowFocus();
 }
 
-Eina_Bool CPopupView::m_KeyHoldCB(void* data, void*, int type, void* event) {
+Eina_Bool CPopupView::m_KeyHoldCB(void* data, int type, void* event) {
   auto* pThis = static_cast<CPopupView*>(data);
-  if (pThis == nullptr || event == nullptr || !pThis->m_rowFocus.bPending) return EINA_TRUE;
-  if (type != ECORE_EVENT_KEY_DOWN && type != ECORE_EVENT_KEY_UP) return EINA_TRUE;
+  if (pThis == nullptr || event == nullptr) return ECORE_CALLBACK_PASS_ON;
   Ecore_Event_Key* pCopy = m_CopyKey(static_cast<const Ecore_Event_Key*>(event));
-  if (pCopy == nullptr) return EINA_TRUE;
+  if (pCopy == nullptr) return ECORE_CALLBACK_PASS_ON;
   pThis->m_vecHeldKeys.push_back({type, pCopy});
   // A key for a window that never got the input focus (nobody gave it): the
   // row can only take the focus once the window has it.
@@ -271,7 +283,7 @@ Eina_Bool CPopupView::m_KeyHoldCB(void* data, void*, int type, void* event) {
     pThis->m_rowFocus.bFocusAsked = true;
     ecore_evas_focus_set(ecore_evas_ecore_evas_get(evas_object_evas_get(pThis->m_pWindow)), EINA_TRUE);
   }
-  return EINA_FALSE;
+  return ECORE_CALLBACK_DONE;
 }
 
 // One allocation holding the event and its texts, freed by the main loop with

@@ -35,9 +35,9 @@ class CPopupView : public CView {
   // toolkit takes it: at once when the window has the focus and the row is in
   // the list's focus order, else when the window gets the focus or the row gets
   // there. (Focusing a row earlier is refused or lost.) Until then the popup is
-  // drawn transparent (a few frames at most), and keys are held and replayed
-  // in order once the row has the focus, so that the viewer's first Down moves
-  // from this row. Without a row the list gets the focus, or, when the list is
+  // drawn transparent (a few frames at most), and keys (held from t_Create on)
+  // are replayed in order once the row has the focus, so that the viewer's
+  // first Down moves from this row. Without a row the list gets the focus, or, when the list is
   // empty, `pFallback`. Later, a window that gets the focus back gives the
   // list's row focus back too.
   void t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Evas_Object* pFallback, RowFocusCb pfnBefore,
@@ -63,7 +63,8 @@ class CPopupView : public CView {
     bool bConcealed = false;
     int nConcealedFrames = 0;
     Ecore_Job* pJob = nullptr;
-    Ecore_Event_Filter* pKeyHold = nullptr;
+    Ecore_Event_Handler* pKeyDownHold = nullptr;
+    Ecore_Event_Handler* pKeyUpHold = nullptr;
   };
   // A key event held back while the row focus is pending: its Ecore type and a
   // copy of the event.
@@ -76,6 +77,7 @@ class CPopupView : public CView {
   bool m_IsRealized(Elm_Object_Item* pRow) const;
   void m_QueueRowFocus();
   void m_Reveal();
+  void m_HoldKeys();
   void m_ReleaseKeys();
   void m_HookRender();
   void m_UnhookRender();
@@ -86,7 +88,7 @@ class CPopupView : public CView {
   static void m_RowRealizedCB(void* data, Evas_Object* obj, void* event);
   static void m_RowFocusedCB(void* data, Evas_Object* obj, void* event);
   static void m_RenderPostCB(void* data, Evas* evas, void* event);
-  static Eina_Bool m_KeyHoldCB(void* data, void* loopData, int type, void* event);
+  static Eina_Bool m_KeyHoldCB(void* data, int type, void* event);
   static Ecore_Event_Key* m_CopyKey(const Ecore_Event_Key* pKey);
 
   RowFocus m_rowFocus;
