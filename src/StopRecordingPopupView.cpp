@@ -283,10 +283,12 @@ void CStopRecordingPopupView::m_PrepareItemText() {
   stay.hasText2 = true;
   stay.text1 = gettext("TV_SID_17_PVR_MSG_DO_NOT_CHANNEL_CH");
 
+  // Read in this order (each read logs its failures): number, name, antenna.
   TvMode tvMode = AntennaSelectionPopup::GetTvMode();
-  std::string strText = ChannelPrefix(Util::GetAntennaNameByMode(tvMode),
-                                      Util::GetServiceNumberString(tvMode, &m_ServiceData),
-                                      Util::GetServiceName(&m_ServiceData));
+  const std::string strNumber = Util::GetServiceNumberString(tvMode, &m_ServiceData);
+  const std::string strName = Util::GetServiceName(&m_ServiceData);
+  const std::string strAntenna = Util::GetAntennaNameByMode(tvMode);
+  std::string strText = ChannelPrefix(strAntenna, strNumber, strName);
   uint64_t nServiceId = UINT64_MAX;  // no such service
   if (const ServiceAttributeTable* pTable = m_ServiceData.GetAttributeTable()) {
     if (const ServiceAttributeValue* pValue = pTable->GetAttribute(ATTR_SERVICE_ID)) {
@@ -311,9 +313,12 @@ std::string CStopRecordingPopupView::m_GetButtonItemText(int index) {
     LOG_ERROR("ProgData can not get .\n");
     return std::string();
   }
+  // Read in this order (each read logs its failures): number, name, mode, antenna.
+  const std::string strNumber = Util::GetServiceNumberString(&data);
+  const std::string strName = Util::GetServiceName(&data);
   TvMode tvMode = AntennaSelectionPopup::GetTvMode();
-  std::string strText = ChannelPrefix(Util::GetAntennaName(data, tvMode), Util::GetServiceNumberString(&data),
-                                      Util::GetServiceName(&data));
+  const std::string strAntenna = Util::GetAntennaName(data, tvMode);
+  std::string strText = ChannelPrefix(strAntenna, strNumber, strName);
   AppendTitle(strText, program);
   LOG_TRACE("ResultValue is %s\n", strText.c_str());
   return strText;

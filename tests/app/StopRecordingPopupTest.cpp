@@ -78,6 +78,26 @@ TEST_F(StopRecordingPopup, ShowsBothRecordingsAndTheChannelAfterTheChange) {
   EXPECT_EQ(0, tvsim::ExitRequests());
 }
 
+// A record that lacks its attributes: each text reads the channel number (and
+// logs its failure) before the service name.
+TEST_F(StopRecordingPopup, TextsReadTheNumberBeforeTheName) {
+  for (const char* op : {"FindService", "GetCurrentService"}) {
+    SCOPED_TRACE(op);
+    json scenario = TwoRecordings();
+    scenario["faults"] = {{{"op", op}, {"no_table", true}}};
+    AskedWhichToStop(scenario);
+    std::vector<std::string> order;
+    for (const tvtest::LogLine& line : tv.Logs()) {
+      if (line.message.find("GetServiceNumberString(") != std::string::npos) order.push_back("number");
+      if (line.message.find("Get service name error") != std::string::npos) order.push_back("name");
+    }
+    ASSERT_LE(2u, order.size());
+    EXPECT_EQ("number", order[0]);
+    EXPECT_EQ("name", order[1]);
+    AntennaSelectionPopup::DestroyInstance();
+  }
+}
+
 TEST_F(StopRecordingPopup, SecondLinesDropWhatTheTvCannotTell) {
   struct Row {
     const char* name;
