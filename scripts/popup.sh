@@ -8,7 +8,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 scenario=${1:-$root/scenarios/sample.json}
-"$root/scripts/setup.sh" "$build"
+"$root/scripts/setup.sh" main "$build"
 
 out=${OUT_DIR:-$root/out/run-$(date +%Y%m%d-%H%M%S)}
 mkdir -p "$out"

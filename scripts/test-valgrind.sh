@@ -11,14 +11,14 @@
 #   Left and Return in the message box.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-build=${VALGRIND_BUILD_DIR:-$root/build-valgrind}
+build=${VALGRIND_BUILD_DIR:-$root/build}
 scenario=${1:-$root/scenarios/two-recordings.json}
 supp=$root/tests/valgrind/efl.supp
 
 source "$root/scripts/install-missing.sh"
-install_missing valgrind valgrind
-# A plain optimised build with line numbers; the tests are not needed here.
-"$root/scripts/setup.sh" "$build" -DTV_WERROR=ON -DTV_BUILD_TESTS=OFF -DSANITIZE=
+install_missing valgrind valgrind jq imagemagick
+# The main job's build (optimised, with line numbers): the tests are not needed here.
+"$root/scripts/setup.sh" main "$build" -DSANITIZE=
 
 out=$build/valgrind-run
 rm -rf "$out"

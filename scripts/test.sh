@@ -6,5 +6,5 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 
-"$root/scripts/setup.sh" "$build" -DTV_WERROR=ON
+"$root/scripts/setup.sh" all "$build"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)" --timeout 300
