@@ -62,6 +62,10 @@ TEST(AppFramework, EndsThroughTerminateOnEveryWayOutAndPausesOnlyWhenFocusStaysA
       {"create fails", [](TestApp& app) { app.onCreate = [] { return false; }; }, 1, {"create"}, 0},
       {"SIGTERM", [](TestApp& app) { app.onResume = [] { raise(SIGTERM); }; }, 0, then({"terminate"}), 0},
       {"SIGINT", [](TestApp& app) { app.onResume = [] { raise(SIGINT); }; }, 0, then({"terminate"}), 0},
+      {"SIGHUP", [](TestApp& app) { app.onResume = [] { raise(SIGHUP); }; }, 0, then({"terminate"}), 0},
+      // Nothing can be shown: the run ends at once, with its own result.
+      {"no window after the launch request", [](TestApp& app) { app.makeWindow = false; },
+       3, {"create", "app_control", "terminate"}, 0},
       {"window closed", [](TestApp& app) {
          app.onResume = [&app] { Later([&app] { evas_object_del(std::exchange(app.window, nullptr)); }); };
          app.onPause = [] { ui_app_exit(); };

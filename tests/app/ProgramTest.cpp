@@ -1,0 +1,113 @@
+// The built program on a real X display (an Xvfb of the test's own), as a
+// viewer and the system meet it: a start without a display, signals that end
+// it in the list and while it waits for the recorder.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <fstream>
+
+#include "Desktop.h"
+#include "TempTv.h"
+
+using nlohmann::json;
+
+namespace {
+
+json Scenario(const char* name, const json& patch = json::object()) {
+  std::ifstream in(std::string(TV_SOURCE_DIR) + "/scenarios/" + name);
+  json scenario = json::parse(in);
+  scenario.merge_patch(patch);
+  return scenario;
+}
+
+bool LoggedFromPlatform(const tvtest::TempTv& tv, const std::string& text) {
+  for (const tvtest::LogLine& line : tv.Logs()) {
+    if (line.tag == "tvsim" && line.buffer == 2 && line.priority == 6 && line.message.find(text) != std::string::npos) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// True once the platform's frame probe saw a frame with list row `row` (from 1)
+// focused and on screen: keys sent earlier would not find the current row.
+bool RowFocused(const std::string& probe, int row) {
+  std::ifstream in(probe);
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.size() > 4 && line.compare(line.size() - 4, 4, " " + std::to_string(row) + " 1") == 0) return true;
+  }
+  return false;
+}
+
+bool Lived(const tvtest::TempTv& tv, const char* message) {
+  const std::vector<std::string> messages = tv.AppMessages();
+  return std::find(messages.begin(), messages.end(), message) != messages.end();
+}
+
+}  // namespace
+
+TEST(Program, WithoutADisplayItEndsAtOnceAndTheNextStartWithOneShowsThePopup) {
+  tvtest::Xvfb xvfb;
+  ASSERT_TRUE(xvfb.Running());
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  const std::string nobody = tvtest::UnservedDisplay();
+  struct Row { const char* name; std::string display; std::string logged; } rows[] = {
+      {"no DISPLAY", "", "no window can be made: DISPLAY is not set"},
+      {"nobody serves the display", nobody, "display \"" + nobody + "\" cannot be opened"},
+      {"nobody serves the screen", nobody + ".1", "display \"" + nobody + ".1\" cannot be opened"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    tv.ClearLogs();
+    tvtest::Child app(tv, tvtest::ProgramPath(), {{"DISPLAY", row.display}, {"ELM_ENGINE", ""}, {"WAYLAND_DISPLAY", ""}});
+    EXPECT_EQ(3, app.Wait(10));
+    EXPECT_TRUE(LoggedFromPlatform(tv, row.logged));
+    EXPECT_TRUE(Lived(tv, "app_efl_main() is failed. err=3"));
+  }
+  // The next start on that TV, with a display, is the TV's application and shows the popup.
+  tv.ClearLogs();
+  tvtest::Child app(tv, tvtest::ProgramPath(), {{"DISPLAY", xvfb.Display()}, {"ELM_ENGINE", ""}});
+  EXPECT_NE("", tvtest::FocusAppWindow(xvfb.Display()));
+  EXPECT_TRUE(tvtest::WaitFor([&] { return Lived(tv, "end app_resume"); }));
+  EXPECT_TRUE(tvtest::Xdotool(xvfb.Display(), "key Escape"));
+  EXPECT_EQ(0, app.Wait(20));
+  EXPECT_TRUE(tv.Show()["tuning_changes"].empty());
+}
+
+TEST(Program, SighupEndsItLikeSigtermInTheListAndWhileWaitingForTheStopReport) {
+  tvtest::Xvfb xvfb;
+  ASSERT_TRUE(xvfb.Running());
+  // One recording on the only recordable tuner, and a recorder that never reports the stop.
+  const json scenario = Scenario("one-recording.json", {{"recorder", {{"stop_report", {{"never", true}}}}}});
+  struct Row { const char* name; int signal; bool waiting; } rows[] = {
+      {"SIGHUP in the list", SIGHUP, false}, {"SIGTERM in the list", SIGTERM, false},
+      {"SIGHUP while waiting", SIGHUP, true}, {"SIGTERM while waiting", SIGTERM, true},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    tvtest::TempTv tv;
+    tv.Load(scenario);
+    const json before = tv.Show();
+    const std::string probe = tv.Dir() + "/frames";
+    tvtest::Child app(tv, tvtest::ProgramPath(),
+                      {{"DISPLAY", xvfb.Display()}, {"ELM_ENGINE", ""}, {"TVSIM_FRAME_PROBE", probe}});
+    ASSERT_NE("", tvtest::FocusAppWindow(xvfb.Display()));
+    ASSERT_TRUE(tvtest::WaitFor([&] { return RowFocused(probe, 1); }));
+    if (row.waiting) {
+      // Cable, then agree to stop the recording: the switch waits for the report.
+      ASSERT_TRUE(tvtest::Xdotool(xvfb.Display(), "key Down Return"));
+      ASSERT_TRUE(tvtest::WaitFor([&] { return Lived(tv, "bMsgBoxVisible:1"); }));
+      ASSERT_TRUE(tvtest::Xdotool(xvfb.Display(), "key Left Return"));
+      ASSERT_TRUE(tvtest::WaitFor([&] { return !tv.Show()["recorder_requests"].empty(); }));
+    }
+    ASSERT_TRUE(app.Signal(row.signal));
+    EXPECT_EQ(0, app.Wait(10));
+    EXPECT_TRUE(Lived(tv, "end app_terminate"));
+    const json after = tv.Show();
+    EXPECT_EQ(before["tv_mode"], after["tv_mode"]);
+    EXPECT_TRUE(after["tuning_changes"].empty());
+    EXPECT_EQ(row.waiting ? 1u : 0u, after["recorder_requests"].size());
+  }
+}
