@@ -289,8 +289,9 @@ char* AntennaSelectionPopup::m_ItemTextGet(void* data, Evas_Object*, const char*
   const char* pName = static_cast<const char*>(data);
   if (pName != nullptr && part != nullptr && strcmp(part, kItemTextPart) == 0) {
     LOG_TRACE("text is %s\n", pName);
-    // Row texts are markup: an antenna named "A&B" must show as such.
-    return elm_entry_utf8_to_markup(pName);
+    // Row texts are markup: an antenna named "A&B" must show as such, and one
+    // with a line break on one line.
+    return elm_entry_utf8_to_markup(Util::GetSingleLineText(pName).c_str());
   }
   LOG_INFO("pPart is not elm.text.sliding\n");
   return nullptr;

@@ -33,11 +33,17 @@ const int kTimeOutSeconds = 30;
 const double kEnlargedLayoutScale = 1.2;
 const char kCallerAppId[] = "org.norix.epg";
 
+// One field of a line of fields (antenna, number, name, title) from the TV: on
+// one line, and with a direction of its own (U+2068 first strong isolate ..
+// U+2069 pop directional isolate), so that a right-to-left name does not
+// reorder the fields around it in a left-to-right line, nor the reverse.
+std::string Field(const std::string& text) { return "\xE2\x81\xA8" + Util::GetSingleLineText(text) + "\xE2\x81\xA9"; }
+
 // "[A  ]N  S  " : the antenna is left out, with its separator, when unnamed.
 std::string ChannelPrefix(const std::string& antenna, const std::string& number, const std::string& name) {
   std::string text;
-  if (!antenna.empty()) text += antenna + kSeparator;
-  text += number + kSeparator + name + kSeparator;
+  if (!antenna.empty()) text += Field(antenna) + kSeparator;
+  text += Field(number) + kSeparator + Field(name) + kSeparator;
   return text;
 }
 
@@ -45,11 +51,11 @@ std::string ChannelPrefix(const std::string& antenna, const std::string& number,
 void AppendTitle(std::string& text, const ProgramInfo& program) {
   const std::string title = program.Title();
   if (!title.empty()) {
-    text += title;
+    text += Field(title);
     return;
   }
   const char* pNoInfo = gettext("SID_NO_INFORMATION");
-  if (pNoInfo) text += pNoInfo;
+  if (pNoInfo) text += Field(pNoInfo);
 }
 
 // Texts from the TV (service and programme names) go into markup fields.
@@ -321,7 +327,7 @@ void CStopRecordingPopupView::m_SetNotifyInfo() {
   const std::string strName = Util::GetServiceName(&m_ServiceData);
   LOG_TRACE("Service name is %s\n", strName.c_str());
   CombineStrings(szBuffer, static_cast<int>(sizeof(szBuffer)) - 1, gettext("TV_SID_MIX_17_PVR_MSG_CHANGE_CHANNEL_ACTION"),
-                 strName.c_str(), nullptr, nullptr, nullptr);
+                 Field(strName).c_str(), nullptr, nullptr, nullptr);
   char* pMarkup = MarkupCopy(szBuffer);
   elm_object_part_text_set(m_pLayout, kBriefPart, pMarkup);
   free(pMarkup);
