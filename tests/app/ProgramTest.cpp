@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "Desktop.h"
@@ -31,8 +32,9 @@ bool LoggedFromPlatform(const tvtest::TempTv& tv, const std::string& text) {
 
 // True once the platform's frame probe saw a frame with list row `row` (from 1)
 // focused and on screen: keys sent earlier would not find the current row.
-bool RowFocused(const std::string& probe, int row) {
+bool RowFocused(const std::string& probe, int row, std::streamoff from = 0) {
   std::ifstream in(probe);
+  in.seekg(from);
   std::string line;
   while (std::getline(in, line)) {
     if (line.size() > 4 && line.compare(line.size() - 4, 4, " " + std::to_string(row) + " 1") == 0) return true;
@@ -110,4 +112,64 @@ TEST(Program, SighupEndsItLikeSigtermInTheListAndWhileWaitingForTheStopReport) {
     EXPECT_TRUE(after["tuning_changes"].empty());
     EXPECT_EQ(row.waiting ? 1u : 0u, after["recorder_requests"].size());
   }
+}
+
+TEST(Program, BrokenResourcesLeaveListsTheViewerCanWorkAndSayWhichFile) {
+  namespace fs = std::filesystem;
+  tvtest::Xvfb xvfb;
+  ASSERT_TRUE(xvfb.Running());
+  const std::string theme = std::string(TV_TEST_RES_DIR) + "/edje/antenna-selection.edj";
+  const std::string icon = std::string(TV_TEST_RES_DIR) + "/images/epg_icon_body_recording.png";
+  const std::string goodTheme = std::string(TV_RES_DIR) + "/edje/antenna-selection.edj";
+  const std::string goodIcon = std::string(TV_RES_DIR) + "/images/epg_icon_body_recording.png";
+  auto copy = [](const std::string& from, const std::string& to, size_t bytes = std::string::npos) {
+    std::ifstream in(from, std::ios::binary);
+    std::string data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::ofstream(to, std::ios::binary) << data.substr(0, bytes);
+  };
+  enum Theme { kGood, kMissing, kEmpty, kCut, kOther };
+  struct Row { const char* name; Theme theme; const char* icon; } rows[] = {  // icon: "good", "missing" or text
+      {"theme missing", kMissing, "good"}, {"theme empty", kEmpty, "good"}, {"theme cut short", kCut, "good"},
+      {"another program's theme", kOther, "good"}, {"icon missing", kGood, "missing"},
+      {"icon corrupt", kGood, "not a picture"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    fs::remove_all(TV_TEST_RES_DIR);
+    fs::create_directories(fs::path(theme).parent_path());
+    fs::create_directories(fs::path(icon).parent_path());
+    if (row.theme == kGood) copy(goodTheme, theme);
+    if (row.theme == kEmpty) std::ofstream(theme).close();
+    if (row.theme == kCut) copy(goodTheme, theme, fs::file_size(goodTheme) / 2);
+    if (row.theme == kOther) copy(std::string(TV_BINARY_DIR) + "/platform/tv-platform.edj", theme);
+    if (std::string(row.icon) == "good") {
+      copy(goodIcon, icon);
+    } else if (std::string(row.icon) != "missing") {
+      std::ofstream(icon) << row.icon;
+    }
+    tvtest::TempTv tv;
+    tv.LoadFile("two-recordings.json");
+    const std::string probe = tv.Dir() + "/frames";
+    tvtest::Child app(tv, TV_TEST_RES_PROGRAM,
+                      {{"DISPLAY", xvfb.Display()}, {"ELM_ENGINE", ""}, {"TVSIM_FRAME_PROBE", probe}});
+    ASSERT_NE("", tvtest::FocusAppWindow(xvfb.Display()));
+    // The antenna list shows its rows, the current one focused; Cable is picked.
+    ASSERT_TRUE(tvtest::WaitFor([&] { return RowFocused(probe, 1); }));
+    const std::streamoff shown = static_cast<std::streamoff>(fs::file_size(probe));
+    ASSERT_TRUE(tvtest::Xdotool(xvfb.Display(), "key Down Return"));
+    // The stop-recording popup shows its items, the first focused; it is chosen.
+    ASSERT_TRUE(tvtest::WaitFor([&] { return RowFocused(probe, 1, shown); }));
+    ASSERT_TRUE(tvtest::Xdotool(xvfb.Display(), "key Return"));
+    EXPECT_EQ(0, app.Wait(20));
+    const json after = tv.Show();
+    ASSERT_EQ(1u, after["tuning_changes"].size());
+    EXPECT_EQ(json({1, 21}), json({after["tuning_changes"][0]["antenna"], after["tuning_changes"][0]["service"]}));
+    ASSERT_EQ(1u, after["recorder_requests"].size());
+    EXPECT_EQ(7340034u, after["recorder_requests"][0]["service_id"].get<uint64_t>());
+    const bool broken = row.theme != kGood;
+    EXPECT_EQ(broken, Lived(tv, ("cannot load genlist.layout from " + theme + ", the list is shown without it").c_str()));
+    EXPECT_EQ(broken, Lived(tv, ("cannot load change.antenna.layout from " + theme +
+                                 ", the choices are shown without it").c_str()));
+  }
+  fs::remove_all(TV_TEST_RES_DIR);
 }
