@@ -173,3 +173,34 @@ TEST(Program, BrokenResourcesLeaveListsTheViewerCanWorkAndSayWhichFile) {
   }
   fs::remove_all(TV_TEST_RES_DIR);
 }
+
+TEST(Program, ScreenAndTimeScaleBeyondTheirLimitsGetAWarningAndTheDefault) {
+  tvtest::Xvfb xvfb;
+  ASSERT_TRUE(xvfb.Running());
+  const std::pair<const char*, const char*> rows[] = {  // variable, value
+      {"TVSIM_SCREEN", "100000x100000"}, {"TVSIM_SCREEN", "7681x4320"}, {"TVSIM_SCREEN", "1920x1080x1"},
+      {"TVSIM_TIME_SCALE", "1e308"}, {"TVSIM_TIME_SCALE", "inf"}, {"TVSIM_TIME_SCALE", "1001"},
+  };
+  for (const auto& [variable, value] : rows) {
+    SCOPED_TRACE(std::string(variable) + "=" + value);
+    tvtest::TempTv tv;
+    tv.LoadFile("sample.json");
+    const std::string errors = tv.Dir() + "/stderr";
+    tvtest::Child app(tv, tvtest::ProgramPath(), {{"DISPLAY", xvfb.Display()}, {"ELM_ENGINE", ""}, {variable, value}},
+                      errors);
+    // The popup comes up on a 1920x1080 screen and stays: its 30 s time-out is 30 s again.
+    std::string geometry;
+    const std::string window = tvtest::FocusAppWindow(xvfb.Display());
+    ASSERT_NE("", window);
+    EXPECT_TRUE(tvtest::Xdotool(xvfb.Display(), "getwindowgeometry " + window, &geometry));
+    EXPECT_NE(std::string::npos, geometry.find("Geometry: 1920x1080")) << geometry;
+    ASSERT_TRUE(tvtest::WaitFor([&] { return Lived(tv, "end app_resume"); }));
+    EXPECT_FALSE(tvtest::WaitFor([&] { return Lived(tv, "enter_t_OnTimeOut"); }, 1.0));
+    EXPECT_EQ(-1, app.Wait(0));
+    ASSERT_TRUE(tvtest::Xdotool(xvfb.Display(), "key Escape"));
+    EXPECT_EQ(0, app.Wait(20));
+    std::ifstream in(errors);
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_NE(std::string::npos, text.find(std::string("tvsim: ") + variable + "=" + value + " is not")) << text;
+  }
+}

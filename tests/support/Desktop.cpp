@@ -81,7 +81,8 @@ std::string UnservedDisplay() {
   }
 }
 
-Child::Child(const TempTv& tv, const std::string& program, const std::map<std::string, std::string>& environment) {
+Child::Child(const TempTv& tv, const std::string& program, const std::map<std::string, std::string>& environment,
+             const std::string& errorFile) {
   std::map<std::string, std::string> vars = environment;
   vars["TVSIM_DB"] = tv.DbPath();
   vars["TVSIM_LOG"] = tv.LogPath();
@@ -96,7 +97,7 @@ Child::Child(const TempTv& tv, const std::string& program, const std::map<std::s
   posix_spawn_file_actions_t io;
   posix_spawn_file_actions_init(&io);
   // EFL's complaints (a failed window, missing session services) are not the test's output.
-  posix_spawn_file_actions_addopen(&io, 2, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&io, 2, errorFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
   m_pid = Spawn({program}, env, &io);
   posix_spawn_file_actions_destroy(&io);
   // A descriptor of the process: its end can be waited for with poll (bookworm's glibc

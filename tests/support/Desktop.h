@@ -34,11 +34,12 @@ class Xvfb {
 std::string UnservedDisplay();
 
 // A program started with the TV's TVSIM_DB and TVSIM_LOG and the environment
-// changes given (an empty value unsets the variable); killed if still running
-// when the object goes.
+// changes given (an empty value unsets the variable), its stderr into errorFile;
+// killed if still running when the object goes.
 class Child {
  public:
-  Child(const TempTv& tv, const std::string& program, const std::map<std::string, std::string>& environment);
+  Child(const TempTv& tv, const std::string& program, const std::map<std::string, std::string>& environment,
+        const std::string& errorFile = "/dev/null");
   ~Child();
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
