@@ -1,7 +1,6 @@
 #include "Faults.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cstring>
 
@@ -97,13 +96,13 @@ std::string Target(const OpInfo& op, const std::string& name, const json& value,
     Refuse(where, "\"" + text + "\" is no " +
                       (family ? std::string("key ") + family + "N" : "settings key (a path such as db/mls/mls_focus)"));
   }
-  // An event name, as the KPI table spells them.
-  auto isWordChar = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
-  auto isLetter = [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; };
-  if (std::all_of(text.begin(), text.end(), isWordChar) && std::any_of(text.begin(), text.end(), isLetter)) {
+  // An event name, as the KPI table spells them: SELECT_ANTENNA, SL_FILTER_A.
+  auto isNameChar = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; };
+  auto isLetter = [](char c) { return c >= 'A' && c <= 'Z'; };
+  if (std::all_of(text.begin(), text.end(), isNameChar) && std::any_of(text.begin(), text.end(), isLetter)) {
     return text;
   }
-  Refuse(where, "\"" + text + "\" is no event name (letters, digits and _)");
+  Refuse(where, "\"" + text + "\" is no event name (capitals, digits and _)");
 }
 
 }  // namespace

@@ -151,7 +151,7 @@ TEST(Faults, ATargetThatCannotMatchIsRefusedInScenariosAndTvctlAlike) {
       {"GetInstalledOperatorProfiles", "2147483648", "no profile id"}, {"vconf_get_int", 18, "is text, not a number"},
       {"vconf_get_bool", "pip on", "no settings key"}, {"system_info_get_value_int", "system_info/x", "system_info/N"},
       {"system_settings_get_value_int", "system_info/57", "system_settings/N"}, {"LogKpiEvent", 17, "is text"},
-      {"LogKpiEvent", "SELECT ANTENNA", "no event name"}, {"vconf_get_int", "db/\xff", "no settings key"},
+      {"LogKpiEvent", "SELECT ANTENNA", "no event name"}, {"LogKpiEvent", "select_antenna", "no event name"}, {"vconf_get_int", "db/\xff", "no settings key"},
       {"GetTvMode", json::array({0}), "not array"},
   };
   const json before = tv.Show();

@@ -81,6 +81,9 @@ TEST(Tvctl, ChecksEveryNumberAtFullWidthAndEveryValueAsTheDocsDefineIt) {
       {"recording stop -5", "not a number"}, {"fault clear 0", "out of range"},
       {"fault add GetTvMode --result ' 1'", "not a number"}, {"recorder-event 1 1 0x10", "not a number"},
       {"--db a.db --db b.db show", "--db given twice"}, {"--db= show", "--db needs a path"},
+      {"tune 1 21 --screen 1 --screen 2", "--screen given twice"},
+      {"fault add GetTvMode --result 1 --result 2", "--result given twice"},
+      {"fault add GetTvMode --null --target 0 --target 1", "--target given twice"},
   };
   for (const auto& [args, message] : refused) {
     SCOPED_TRACE(args);

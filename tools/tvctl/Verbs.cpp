@@ -1,5 +1,6 @@
 #include "Verbs.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <map>
@@ -126,10 +127,13 @@ void Show(const std::vector<std::string>& args, tvsim::Control& control, std::os
 void Tune(const std::vector<std::string>& args, tvsim::Control& control) {
   std::vector<std::string> positional;
   int64_t screen = 0;
+  bool screenGiven = false;
   for (size_t i = 0; i < args.size(); ++i) {
     if (args[i] == "--screen") {
       if (i + 1 >= args.size()) throw Usage("tune", "--screen needs a number");
+      if (screenGiven) throw Usage("tune", "--screen given twice");
       screen = Number("tune", args[++i], "screen");
+      screenGiven = true;
     } else {
       positional.push_back(args[i]);
     }
@@ -155,8 +159,12 @@ void Fault(const std::vector<std::string>& args, tvsim::Control& control, std::o
   } else if (action == "add") {
     if (args.size() < 2) throw Usage("fault", "missing operation");
     json fault = {{"op", args[1]}};
+    std::vector<std::string> given;
     for (size_t i = 2; i < args.size(); ++i) {
       const std::string& flag = args[i];
+      // An option given twice is a typo either way: which of the two was meant?
+      if (std::find(given.begin(), given.end(), flag) != given.end()) throw Usage("fault", flag + " given twice");
+      given.push_back(flag);
       auto value = [&]() -> const std::string& {
         if (i + 1 >= args.size()) throw Usage("fault", flag + " needs a value");
         return args[++i];
