@@ -38,8 +38,24 @@ const char kCallerAppId[] = "org.norix.epg";
 // One field of a line of fields (antenna, number, name, title) from the TV: on
 // one line, and with a direction of its own (U+2068 first strong isolate ..
 // U+2069 pop directional isolate), so that a right-to-left name does not
-// reorder the fields around it in a left-to-right line, nor the reverse.
-std::string Field(const std::string& text) { return "\xE2\x81\xA8" + Util::GetSingleLineText(text) + "\xE2\x81\xA9"; }
+// reorder the fields around it in a left-to-right line, nor the reverse. The
+// name's own embedding, override and isolate marks (U+202A..U+202E,
+// U+2066..U+2069) go: a stray one would end the isolate early or outlast it.
+std::string Field(const std::string& text) {
+  const std::string strLine = Util::GetSingleLineText(text);
+  std::string strField = "\xE2\x81\xA8";
+  for (size_t i = 0; i < strLine.size(); ++i) {
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(strLine.data()) + i;
+    const bool bMark = i + 2 < strLine.size() && p[0] == 0xE2 &&
+                       ((p[1] == 0x80 && p[2] >= 0xAA && p[2] <= 0xAE) || (p[1] == 0x81 && p[2] >= 0xA6 && p[2] <= 0xA9));
+    if (bMark) {
+      i += 2;
+    } else {
+      strField += strLine[i];
+    }
+  }
+  return strField + "\xE2\x81\xA9";
+}
 
 // "[A  ]N  S  " : the antenna is left out, with its separator, when unnamed.
 std::string ChannelPrefix(const std::string& antenna, const std::string& number, const std::string& name) {

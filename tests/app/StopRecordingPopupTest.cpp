@@ -167,6 +167,16 @@ TEST_F(StopRecordingPopup, NamesFromTheTvShowOnOneLineEachFieldWithItsOwnDirecti
        {Fields({"Cable", "4-1", "قناة 24", "חדשות 12"}), Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}),
         Fields({"Cable", "101", "سينما", "The Long Road Home"})},
        "سينما"},
+      // A name's own direction marks would end the field's isolate early or outlast it.
+      {"names with stray direction marks", json::object(),
+       [](json& s) {
+         ServiceById(s, kOnAir)["name"] = "News\u2069\u202e 24";
+         ServiceById(s, kOnCable)["programme"] = "\u2067Puppet\u202a Theatre\u202c";
+         ServiceById(s, 8388609)["name"] = "\u202dCable Movies\u2066";
+       },
+       {Fields({"Cable", "4-1", "News 24", "Weather at Noon"}), Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}),
+        Fields({"Cable", "101", "Cable Movies", "The Long Road Home"})},
+       "Cable Movies"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
