@@ -139,12 +139,14 @@ void AntennaSelectionPopup::t_Create() {
 
   m_pLayout = elm_layout_add(m_pPopup);
   LOG_TRACE("%s\n", kThemePath);
-  const bool bThemed = elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup);
+  bool bThemed = elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup);
+  if (!bThemed) LOG_ERROR("elm_layout_file_set_err\n");
+  // A group without the list's part (another version of the theme) is as good as none.
+  bThemed = bThemed && edje_object_part_exists(elm_layout_edje_get(m_pLayout), kContentPart);
   if (!bThemed) {
-    LOG_ERROR("elm_layout_file_set_err\n");
     // A popup without rows helps nobody: the list goes in a plain table, its
     // rows still in the platform's style.
-    LOG_ERROR("cannot load %s from %s, the list is shown without it\n", kLayoutGroup, kThemePath);
+    LOG_ERROR("cannot use %s from %s, the list is shown without it\n", kLayoutGroup, kThemePath);
     evas_object_del(m_pLayout);
     m_pLayout = elm_table_add(m_pPopup);
   }

@@ -102,11 +102,14 @@ void CStopRecordingPopupView::t_Create() {
   elm_object_event_callback_add(m_pPopup, m_PopupPressCB, this);
 
   m_pLayout = elm_layout_add(m_pPopup);
-  const bool bThemed = elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup);
+  // A group without its parts (another version of the theme) is as good as none.
+  const bool bThemed = elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup) &&
+                       edje_object_part_exists(elm_layout_edje_get(m_pLayout), kBriefPart) &&
+                       edje_object_part_exists(elm_layout_edje_get(m_pLayout), kListPart);
   if (!bThemed) {
     // The viewer must still see what to choose from: the brief text and the
     // list go in a plain table, the items still in the platform's style.
-    LOG_ERROR("cannot load %s from %s, the choices are shown without it\n", kLayoutGroup, kThemePath);
+    LOG_ERROR("cannot use %s from %s, the choices are shown without it\n", kLayoutGroup, kThemePath);
     evas_object_del(m_pLayout);
     m_pLayout = elm_table_add(m_pPopup);
     m_pBrief = elm_label_add(m_pLayout);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -127,10 +128,11 @@ TEST(Program, BrokenResourcesLeaveListsTheViewerCanWorkAndSayWhichFile) {
     std::string data((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     std::ofstream(to, std::ios::binary) << data.substr(0, bytes);
   };
-  enum Theme { kGood, kMissing, kEmpty, kCut, kOther };
+  enum Theme { kGood, kMissing, kEmpty, kCut, kOther, kPartless };
   struct Row { const char* name; Theme theme; const char* icon; } rows[] = {  // icon: "good", "missing" or text
       {"theme missing", kMissing, "good"}, {"theme empty", kEmpty, "good"}, {"theme cut short", kCut, "good"},
-      {"another program's theme", kOther, "good"}, {"icon missing", kGood, "missing"},
+      {"another program's theme", kOther, "good"}, {"the groups without their parts", kPartless, "good"},
+      {"icon missing", kGood, "missing"},
       {"icon corrupt", kGood, "not a picture"},
   };
   for (const Row& row : rows) {
@@ -142,6 +144,12 @@ TEST(Program, BrokenResourcesLeaveListsTheViewerCanWorkAndSayWhichFile) {
     if (row.theme == kEmpty) std::ofstream(theme).close();
     if (row.theme == kCut) copy(goodTheme, theme, fs::file_size(goodTheme) / 2);
     if (row.theme == kOther) copy(std::string(TV_BINARY_DIR) + "/platform/tv-platform.edj", theme);
+    if (row.theme == kPartless) {
+      const std::string edc = std::string(TV_TEST_RES_DIR) + "/partless.edc";
+      std::ofstream(edc) << "collections { group { name: \"genlist.layout\"; parts { part { name: \"x\"; type: RECT; } } }\n"
+                            "group { name: \"change.antenna.layout\"; parts { part { name: \"x\"; type: RECT; } } } }\n";
+      ASSERT_EQ(0, std::system(("edje_cc '" + edc + "' '" + theme + "' >/dev/null 2>&1").c_str()));
+    }
     if (std::string(row.icon) == "good") {
       copy(goodIcon, icon);
     } else if (std::string(row.icon) != "missing") {
@@ -167,8 +175,8 @@ TEST(Program, BrokenResourcesLeaveListsTheViewerCanWorkAndSayWhichFile) {
     ASSERT_EQ(1u, after["recorder_requests"].size());
     EXPECT_EQ(7340034u, after["recorder_requests"][0]["service_id"].get<uint64_t>());
     const bool broken = row.theme != kGood;
-    EXPECT_EQ(broken, Lived(tv, ("cannot load genlist.layout from " + theme + ", the list is shown without it").c_str()));
-    EXPECT_EQ(broken, Lived(tv, ("cannot load change.antenna.layout from " + theme +
+    EXPECT_EQ(broken, Lived(tv, ("cannot use genlist.layout from " + theme + ", the list is shown without it").c_str()));
+    EXPECT_EQ(broken, Lived(tv, ("cannot use change.antenna.layout from " + theme +
                                  ", the choices are shown without it").c_str()));
   }
   fs::remove_all(TV_TEST_RES_DIR);
