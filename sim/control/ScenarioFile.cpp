@@ -211,6 +211,9 @@ class StrictBuilder {
 
   bool Open(json container) {
     const std::string pointer = ValuePointer();
+    if (m_frames.size() >= kMaxScenarioDepth) {
+      Refuse(pointer, "nested deeper than " + std::to_string(kMaxScenarioDepth) + " levels");
+    }
     m_frames.push_back(Frame{Insert(std::move(container)), pointer, std::string(), false, {}});
     return true;
   }

@@ -24,6 +24,12 @@ std::string WriteFile(const tvtest::TempTv& tv, const std::string& name, const s
   return path;
 }
 
+std::string Repeat(const std::string& text, int times) {
+  std::string repeated;
+  for (int i = 0; i < times; ++i) repeated += text;
+  return repeated;
+}
+
 int CountOf(int antenna, int service, int navigation = NAVIGATION_MODE_ALL) {
   Navigator* navigator = nullptr;
   if (ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &navigator) != 0 || navigator == nullptr) return -100;
@@ -149,6 +155,8 @@ TEST(Scenario, OnlyASmallRegularFileOfStrictJsonIsRead) {
       {"two-keys.json", R"({"settings": {"a/b": 1, "a/b": 2}})", "/settings/a~1b", "given twice"},
       {"nul-name.json", R"({"antenna_names": [{"antenna": 0, "name": "Air\u0000"}]})", "/antenna_names/0/name", "NUL"},
       {"nul-key.json", R"({"settings": {"db/x\u0000y": 1}})", "/settings", "NUL character inside a member name"},
+      {"deep.json", std::string(2000000, '[') + std::string(2000000, ']'), Repeat("/0", 64), "nested deeper than 64 levels"},
+      {"deep-members.json", Repeat("{\"a\": ", 100) + "1" + Repeat("}", 100), Repeat("/a", 64), "nested deeper than 64 levels"},
       {"nul-programme.json", R"({"services": [{"id": 1, "antenna": 0, "service": 1, "major": 1, "name": "A", "programme": "\u0000"}]})",
        "/services/0/programme", "NUL"},
   };
