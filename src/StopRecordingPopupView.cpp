@@ -57,9 +57,11 @@ std::string Field(const std::string& text) {
   return strField + "\xE2\x81\xA9";
 }
 
-// "[A  ]N  S  " : the antenna is left out, with its separator, when unnamed.
+// "[A  ]N  S  " : the antenna is left out, with its separator, when unnamed. With
+// every field isolated the line has no direction of its own: it starts with the
+// mark of the display's (U+200F right-to-left, U+200E left-to-right).
 std::string ChannelPrefix(const std::string& antenna, const std::string& number, const std::string& name) {
-  std::string text;
+  std::string text = Util::ReverseOSD() ? "\xE2\x80\x8F" : "\xE2\x80\x8E";
   if (!antenna.empty()) text += Field(antenna) + kSeparator;
   text += Field(number) + kSeparator + Field(name) + kSeparator;
   return text;
