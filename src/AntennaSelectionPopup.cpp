@@ -25,6 +25,8 @@ const char* const kGenlistStyle = "C_Scrollbar_White";
 const char* const kItemStyle = "C_Textitem_WhiteSingleline01";
 const char* const kButtonStyle = "C_ButtonBasic_WhiteText";
 const char* const kItemTextPart = "elm.text";
+// Five rows, as high as the theme makes the list (at the application's base scale).
+const int kListMinHeight = 96 * 5;
 const char* const kKeyBack = "XF86Back";
 const char* const kKeyReturn = "Return";
 const int kTimeOutSeconds = 30;
@@ -138,8 +140,16 @@ void AntennaSelectionPopup::t_Create() {
 
   m_pLayout = elm_layout_add(m_pPopup);
   LOG_TRACE("%s\n", kThemePath);
-  if (!elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup)) {
-    LOG_ERROR("elm_layout_file_set_err\n");
+  bool bThemed = elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup);
+  if (!bThemed) LOG_ERROR("elm_layout_file_set_err\n");
+  // A group without the list's part (another version of the theme) is as good as none.
+  bThemed = bThemed && edje_object_part_exists(elm_layout_edje_get(m_pLayout), kContentPart);
+  if (!bThemed) {
+    // A popup without rows helps nobody: the list goes in a plain table, its
+    // rows still in the platform's style.
+    LOG_ERROR("cannot use %s from %s, the list is shown without it\n", kLayoutGroup, kThemePath);
+    evas_object_del(m_pLayout);
+    m_pLayout = elm_table_add(m_pPopup);
   }
   elm_object_content_set(m_pPopup, m_pLayout);
   elm_object_part_text_set(m_pPopup, "title,text", gettext("TV_SID_ANTENNA_TYPE"));
@@ -149,7 +159,21 @@ void AntennaSelectionPopup::t_Create() {
 
   m_pGenlist = elm_genlist_add(m_pLayout);
   elm_object_style_set(m_pGenlist, kGenlistStyle);
-  elm_object_part_content_set(m_pLayout, kContentPart, m_pGenlist);
+  if (bThemed) {
+    elm_object_part_content_set(m_pLayout, kContentPart, m_pGenlist);
+  } else {
+    // A list in a popup shows no rows unless something beside it asks for room.
+    Evas_Object* pRoom = evas_object_rectangle_add(evas_object_evas_get(m_pLayout));
+    evas_object_color_set(pRoom, 0, 0, 0, 0);
+    evas_object_size_hint_min_set(pRoom, 0, ELM_SCALE_SIZE(kListMinHeight));
+    // Filling its cell too: a table lays the list out only in a cell whose items all fill it.
+    evas_object_size_hint_weight_set(pRoom, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
+    evas_object_size_hint_align_set(pRoom, EVAS_HINT_FILL, EVAS_HINT_FILL);
+    elm_table_pack(m_pLayout, pRoom, 0, 0, 1, 1);
+    evas_object_size_hint_weight_set(m_pGenlist, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
+    evas_object_size_hint_align_set(m_pGenlist, EVAS_HINT_FILL, EVAS_HINT_FILL);
+    elm_table_pack(m_pLayout, m_pGenlist, 0, 0, 1, 1);
+  }
   elm_object_scroll_item_loop_enabled_set(m_pGenlist, EINA_FALSE);
   // ALWAYS: picking the already selected row must still call its callback.
   elm_genlist_select_mode_set(m_pGenlist, ELM_OBJECT_SELECT_MODE_ALWAYS);
@@ -289,8 +313,9 @@ char* AntennaSelectionPopup::m_ItemTextGet(void* data, Evas_Object*, const char*
   const char* pName = static_cast<const char*>(data);
   if (pName != nullptr && part != nullptr && strcmp(part, kItemTextPart) == 0) {
     LOG_TRACE("text is %s\n", pName);
-    // Row texts are markup: an antenna named "A&B" must show as such.
-    return elm_entry_utf8_to_markup(pName);
+    // Row texts are markup: an antenna named "A&B" must show as such, and one
+    // with a line break on one line.
+    return elm_entry_utf8_to_markup(Util::GetSingleLineText(pName).c_str());
   }
   LOG_INFO("pPart is not elm.text.sliding\n");
   return nullptr;

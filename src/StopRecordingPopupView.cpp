@@ -31,13 +31,39 @@ const char* const kStopText = "TV_SID_17_PVR_MSG_STOP_RECORIDNG_CHANGE_CHANNEL";
 const char* const kSeparator = "  ";
 const int kTimeOutSeconds = 30;
 const double kEnlargedLayoutScale = 1.2;
+// Three two-line items, as high as the theme makes the list (at the application's base scale).
+const int kListMinHeight = (96 + 40) * 3;
 const char kCallerAppId[] = "org.norix.epg";
 
-// "[A  ]N  S  " : the antenna is left out, with its separator, when unnamed.
+// One field of a line of fields (antenna, number, name, title) from the TV: on
+// one line, and with a direction of its own (U+2068 first strong isolate ..
+// U+2069 pop directional isolate), so that a right-to-left name does not
+// reorder the fields around it in a left-to-right line, nor the reverse. The
+// name's own embedding, override and isolate marks (U+202A..U+202E,
+// U+2066..U+2069) go: a stray one would end the isolate early or outlast it.
+std::string Field(const std::string& text) {
+  const std::string strLine = Util::GetSingleLineText(text);
+  std::string strField = "\xE2\x81\xA8";
+  for (size_t i = 0; i < strLine.size(); ++i) {
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(strLine.data()) + i;
+    const bool bMark = i + 2 < strLine.size() && p[0] == 0xE2 &&
+                       ((p[1] == 0x80 && p[2] >= 0xAA && p[2] <= 0xAE) || (p[1] == 0x81 && p[2] >= 0xA6 && p[2] <= 0xA9));
+    if (bMark) {
+      i += 2;
+    } else {
+      strField += strLine[i];
+    }
+  }
+  return strField + "\xE2\x81\xA9";
+}
+
+// "[A  ]N  S  " : the antenna is left out, with its separator, when unnamed. With
+// every field isolated the line has no direction of its own: it starts with the
+// mark of the display's (U+200F right-to-left, U+200E left-to-right).
 std::string ChannelPrefix(const std::string& antenna, const std::string& number, const std::string& name) {
-  std::string text;
-  if (!antenna.empty()) text += antenna + kSeparator;
-  text += number + kSeparator + name + kSeparator;
+  std::string text = Util::ReverseOSD() ? "\xE2\x80\x8F" : "\xE2\x80\x8E";
+  if (!antenna.empty()) text += Field(antenna) + kSeparator;
+  text += Field(number) + kSeparator + Field(name) + kSeparator;
   return text;
 }
 
@@ -45,11 +71,11 @@ std::string ChannelPrefix(const std::string& antenna, const std::string& number,
 void AppendTitle(std::string& text, const ProgramInfo& program) {
   const std::string title = program.Title();
   if (!title.empty()) {
-    text += title;
+    text += Field(title);
     return;
   }
   const char* pNoInfo = gettext("SID_NO_INFORMATION");
-  if (pNoInfo) text += pNoInfo;
+  if (pNoInfo) text += Field(pNoInfo);
 }
 
 // Texts from the TV (service and programme names) go into markup fields.
@@ -61,7 +87,7 @@ char* MarkupCopy(const std::string& text) {
 }  // namespace
 
 CStopRecordingPopupView::CStopRecordingPopupView()
-    : m_pLayout(nullptr), m_pCancelButton(nullptr), m_pGenlist(nullptr), m_ServIdList{0, 0} {}
+    : m_pLayout(nullptr), m_pBrief(nullptr), m_pCancelButton(nullptr), m_pGenlist(nullptr), m_ServIdList{0, 0} {}
 
 CStopRecordingPopupView::~CStopRecordingPopupView() {}
 
@@ -78,12 +104,28 @@ void CStopRecordingPopupView::t_Create() {
   elm_object_event_callback_add(m_pPopup, m_PopupPressCB, this);
 
   m_pLayout = elm_layout_add(m_pPopup);
-  elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup);
+  // A group without its parts (another version of the theme) is as good as none.
+  const bool bThemed = elm_layout_file_set(m_pLayout, kThemePath, kLayoutGroup) &&
+                       edje_object_part_exists(elm_layout_edje_get(m_pLayout), kBriefPart) &&
+                       edje_object_part_exists(elm_layout_edje_get(m_pLayout), kListPart);
+  if (!bThemed) {
+    // The viewer must still see what to choose from: the brief text and the
+    // list go in a plain table, the items still in the platform's style.
+    LOG_ERROR("cannot use %s from %s, the choices are shown without it\n", kLayoutGroup, kThemePath);
+    evas_object_del(m_pLayout);
+    m_pLayout = elm_table_add(m_pPopup);
+    m_pBrief = elm_label_add(m_pLayout);
+    elm_label_line_wrap_set(m_pBrief, ELM_WRAP_WORD);
+    evas_object_size_hint_weight_set(m_pBrief, EVAS_HINT_EXPAND, 0.0);
+    evas_object_size_hint_align_set(m_pBrief, EVAS_HINT_FILL, 0.0);
+    elm_table_pack(m_pLayout, m_pBrief, 0, 0, 1, 1);
+    evas_object_show(m_pBrief);
+  }
   elm_object_content_set(m_pPopup, m_pLayout);
   evas_object_size_hint_weight_set(m_pLayout, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
   evas_object_size_hint_align_set(m_pLayout, EVAS_HINT_FILL, EVAS_HINT_FILL);
   evas_object_show(m_pLayout);
-  if (Util::ReverseOSD()) elm_object_signal_emit(m_pLayout, "elm,state,reverse_osd", "elm");
+  if (bThemed && Util::ReverseOSD()) elm_object_signal_emit(m_pLayout, "elm,state,reverse_osd", "elm");
   if (Util::IsEnlarge()) {
     LOG_TRACE("enlarge on\n");
     elm_object_scale_set(m_pLayout, kEnlargedLayoutScale);
@@ -91,7 +133,21 @@ void CStopRecordingPopupView::t_Create() {
   m_SetNotifyInfo();
 
   m_pGenlist = elm_genlist_add(m_pLayout);
-  elm_object_part_content_set(m_pLayout, kListPart, m_pGenlist);
+  if (bThemed) {
+    elm_object_part_content_set(m_pLayout, kListPart, m_pGenlist);
+  } else {
+    // A list in a popup shows no items unless something beside it asks for room.
+    Evas_Object* pRoom = evas_object_rectangle_add(evas_object_evas_get(m_pLayout));
+    evas_object_color_set(pRoom, 0, 0, 0, 0);
+    evas_object_size_hint_min_set(pRoom, 0, ELM_SCALE_SIZE(kListMinHeight));
+    // Filling its cell too: a table lays the list out only in a cell whose items all fill it.
+    evas_object_size_hint_weight_set(pRoom, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
+    evas_object_size_hint_align_set(pRoom, EVAS_HINT_FILL, EVAS_HINT_FILL);
+    elm_table_pack(m_pLayout, pRoom, 0, 1, 1, 1);
+    evas_object_size_hint_weight_set(m_pGenlist, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
+    evas_object_size_hint_align_set(m_pGenlist, EVAS_HINT_FILL, EVAS_HINT_FILL);
+    elm_table_pack(m_pLayout, m_pGenlist, 0, 1, 1, 1);
+  }
   // ALWAYS: choosing the already selected item must still act.
   elm_genlist_select_mode_set(m_pGenlist, ELM_OBJECT_SELECT_MODE_ALWAYS);
 
@@ -124,6 +180,7 @@ void CStopRecordingPopupView::t_Destroy() {
   if (m_pPopup) elm_object_event_callback_del(m_pPopup, m_PopupPressCB, this);
   CPopupView::t_Destroy();
   m_pLayout = nullptr;
+  m_pBrief = nullptr;
   m_pCancelButton = nullptr;
   m_pGenlist = nullptr;
 }
@@ -329,8 +386,12 @@ void CStopRecordingPopupView::m_SetNotifyInfo() {
   const std::string strName = Util::GetServiceName(&m_ServiceData);
   LOG_TRACE("Service name is %s\n", strName.c_str());
   CombineStrings(szBuffer, static_cast<int>(sizeof(szBuffer)) - 1, gettext("TV_SID_MIX_17_PVR_MSG_CHANGE_CHANNEL_ACTION"),
-                 strName.c_str(), nullptr, nullptr, nullptr);
+                 Field(strName).c_str(), nullptr, nullptr, nullptr);
   char* pMarkup = MarkupCopy(szBuffer);
-  elm_object_part_text_set(m_pLayout, kBriefPart, pMarkup);
+  if (m_pBrief) {
+    elm_object_text_set(m_pBrief, pMarkup);
+  } else {
+    elm_object_part_text_set(m_pLayout, kBriefPart, pMarkup);
+  }
   free(pMarkup);
 }

@@ -52,6 +52,7 @@ class CStopRecordingPopupView : public CPopupView {
   static void m_BackToAntennaList();
 
   Evas_Object* m_pLayout;
+  Evas_Object* m_pBrief;  // the brief text's label when the theme could not be loaded, else null
   Evas_Object* m_pCancelButton;
   Evas_Object* m_pGenlist;
   uint64_t m_ServIdList[RECORD_NUMBER];

@@ -466,6 +466,30 @@ void TransStrExceptLF(unsigned short* text) {
   std::copy(kept.begin(), kept.end(), text);
 }
 
+std::string GetSingleLineText(const std::string& text) {
+  // CR LF first, so that it becomes one space.
+  static const char* const kBreaks[] = {"\r\n", "\n", "\r", "\t", "\v", "\f", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
+  std::string line;
+  line.reserve(text.size());
+  for (size_t i = 0; i < text.size();) {
+    size_t nMatched = 0;
+    for (const char* pBreak : kBreaks) {
+      const size_t n = strlen(pBreak);
+      if (text.compare(i, n, pBreak) == 0) {
+        nMatched = n;
+        break;
+      }
+    }
+    if (nMatched > 0) {
+      line += ' ';
+      i += nMatched;
+    } else {
+      line += text[i++];
+    }
+  }
+  return line;
+}
+
 bool Unicode2Utf8(char* out, unsigned int outBytes, char* in, unsigned int inBytes) {
   // iconv would take a null input as a reset request and report success; neither
   // null buffer is a text to convert.

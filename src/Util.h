@@ -44,6 +44,10 @@ std::string GetServiceNumberString(TvMode mode, ServiceData* service);
 std::string GetServiceName(ServiceData* service);
 std::string Twstring2String(std::u16string text);
 void TransStrExceptLF(unsigned short* text);
+// A text from the TV as one line: each line break (LF, CR, CR LF, VT, FF, NEL,
+// U+2028, U+2029) and tab becomes a space, which a label would otherwise show
+// as a tag or a break.
+std::string GetSingleLineText(const std::string& text);
 bool Unicode2Utf8(char* out, unsigned int outBytes, char* in, unsigned int inBytes);
 int GetGenlistItemIndex(Elm_Object_Item* item);
 

@@ -55,9 +55,9 @@ void Control::Reset() {
   transaction.Commit();
 }
 
-void Control::Tune(int antenna, int service, int screen) {
-  if (antenna < 0 || antenna > 2) throw UsageError("antenna " + std::to_string(antenna) + " is not 0, 1 or 2");
-  if (service < 0 || service > 255) throw UsageError("service mode " + std::to_string(service) + " is not 0..255");
+void Control::Tune(int64_t antenna, int64_t service, int64_t screen) {
+  if (antenna < -1 || antenna > 2) throw UsageError("antenna " + std::to_string(antenna) + " is not -1..2");
+  if (service < -1 || service > 255) throw UsageError("service mode " + std::to_string(service) + " is not -1..255");
   if (screen < 0 || screen > 15) throw UsageError("screen " + std::to_string(screen) + " is not 0..15");
   Store::Transaction transaction(m_store);
   SetScreenMode(m_store, screen, TvMode(static_cast<AntennaMode>(antenna), static_cast<ServiceMode>(service)));

@@ -31,7 +31,9 @@ class Control {
   // key's type; records the write. Throws UsageError for an unknown key or value.
   void Set(const std::string& key, const std::string& value);
   void Reset();  // an empty TV with empty records
-  void Tune(int antenna, int service, int screen = 0);
+  // Antenna -1..2, service mode -1..255 (as a scenario's tv_mode), screen 0..15;
+  // throws UsageError for anything else.
+  void Tune(int64_t antenna, int64_t service, int64_t screen = 0);
 
   int64_t AddFault(const nlohmann::json& fault);  // throws ScenarioError
   nlohmann::json ListFaults();

@@ -1,10 +1,5 @@
 #include "ScenarioLoader.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <sstream>
-
 #include "Errors.h"
 #include "Records.h"
 #include "Scenario.h"
@@ -92,18 +87,6 @@ void LoadScenario(Store& store, const json& document, const std::string& source)
   ClearTv(store);
   Write(store, scenario);
   transaction.Commit();
-}
-
-json ReadScenarioFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) throw ScenarioError(path, "", std::string("cannot read the file: ") + std::strerror(errno));
-  std::ostringstream text;
-  text << in.rdbuf();
-  try {
-    return json::parse(text.str());
-  } catch (const json::parse_error& e) {
-    throw ScenarioError(path, "", std::string("not JSON: ") + e.what());
-  }
 }
 
 void LoadScenarioFile(Store& store, const std::string& path) { LoadScenario(store, ReadScenarioFile(path), path); }

@@ -7,16 +7,15 @@
 
 #include <string>
 
+#include "ScenarioFile.h"
 #include "Store.h"
 
 namespace tvsim {
 
 // source names the scenario in error messages (a file name).
 void LoadScenario(Store& store, const nlohmann::json& document, const std::string& source);
-// Reads and loads a JSON file; a file that cannot be read or is not JSON is refused as well.
+// Reads (ReadScenarioFile) and loads a JSON file; a file that cannot be read or is not JSON is refused as well.
 void LoadScenarioFile(Store& store, const std::string& path);
-// Reads a scenario file without loading it (ScenarioError when unreadable or not JSON).
-nlohmann::json ReadScenarioFile(const std::string& path);
 
 // Empties the TV: no state, no faults, no records.
 void ClearTv(Store& store);  // inside the caller's transaction

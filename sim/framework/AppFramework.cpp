@@ -15,6 +15,7 @@
 #include "App.h"
 #include "CallLog.h"
 #include "Environment.h"
+#include "Log.h"
 #include "FrameProbe.h"
 #include "Keys.h"
 #include "Language.h"
@@ -40,6 +41,8 @@ namespace {
 const int kErrorNone = 0;
 const int kErrorCreateFailed = 1;  // the create callback returned false
 const int kErrorToolkit = 2;       // elm_init failed
+const int kErrorNoWindow = 3;      // no window can be made: no display, or none after the launch request
+const char* const kLogTag = "tvsim";
 const int kErrorInvalidParameter = -22;
 
 std::vector<std::unique_ptr<app_event_handler>> s_handlers;
@@ -62,6 +65,8 @@ class Framework {
   };
 
   void DeliverLaunch();
+  bool DisplayOpens();
+  void EndWithoutWindow(const std::string& why);
   void StartWatching();
   void StopWatching();
   void ScanWindows();
@@ -95,6 +100,8 @@ class Framework {
   std::unique_ptr<tvsim::RemoteKeyFilter> m_keyFilter;
   Ecore_Event_Handler* m_signalHandler = nullptr;
   Ecore_Event_Handler* m_mapHandler = nullptr;
+  Ecore_Event_Handler* m_hangupHandler = nullptr;
+  int m_result = kErrorNone;
   Ecore_Idle_Enterer* m_idle = nullptr;
   Ecore_Job* m_launchJob = nullptr;
   Ecore_Job* m_updateJob = nullptr;
@@ -120,6 +127,11 @@ int Framework::Run(int argc, char** argv) {
   setenv("ELM_SCALE", "2.0", 0);
   const int initCount = elm_init(argc, argv);
   if (initCount <= 0) return kErrorToolkit;
+  if (!DisplayOpens()) {
+    m_instance.Close();
+    elm_shutdown();
+    return kErrorNoWindow;
+  }
   // When a host (the test main) already runs the toolkit, it also added the theme.
   if (initCount == 1) tvsim::AddPlatformTheme();
   // Under Xvfb without a window manager windows stay withdrawn and would never render.
@@ -140,6 +152,7 @@ int Framework::Run(int argc, char** argv) {
     }
     m_state = State::kEnding;
     if (m_callbacks.terminate != nullptr) m_callbacks.terminate(m_pData);
+    result = m_result;
   }
   m_state = State::kEnding;
   StopWatching();
@@ -147,6 +160,40 @@ int Framework::Run(int argc, char** argv) {
   tvsim::FlushCalls();  // while the toolkit's idlers still exist
   elm_shutdown();
   return result;
+}
+
+// Without ELM_ENGINE, ELM_DISPLAY and WAYLAND_DISPLAY, Elementary makes its
+// windows on the X display named by DISPLAY: see that it opens before the
+// application is started at all. Other set-ups are judged by the window the
+// application makes (OnLaunchJob).
+bool Framework::DisplayOpens() {
+  for (const char* other : {"ELM_ENGINE", "ELM_DISPLAY", "WAYLAND_DISPLAY"}) {
+    const char* value = std::getenv(other);
+    if (value != nullptr && *value != '\0') return true;
+  }
+  const char* display = std::getenv("DISPLAY");
+  if (display == nullptr || *display == '\0') {
+    EndWithoutWindow("DISPLAY is not set");
+    return false;
+  }
+  const int count = ecore_x_init(display);
+  if (count <= 0) {
+    EndWithoutWindow(std::string("display \"") + display + "\" cannot be opened (no X server there)");
+    return false;
+  }
+  ecore_x_shutdown();
+  return true;
+}
+
+// A process that holds the TV's instance socket without a window would take
+// every later start's launch request and show nothing: it gives the socket up
+// at once and ends with kErrorNoWindow.
+void Framework::EndWithoutWindow(const std::string& why) {
+  __dlog_print(LOG_ID_SYSTEM, DLOG_ERROR, kLogTag, "no window can be made: %s; the application ends (result %d)",
+               why.c_str(), kErrorNoWindow);
+  m_instance.Close();
+  m_result = kErrorNoWindow;
+  RequestExit();
 }
 
 void Framework::RequestExit() {
@@ -158,6 +205,8 @@ void Framework::StartWatching() {
   m_instance.Listen();
   m_keyFilter = std::make_unique<tvsim::RemoteKeyFilter>();
   m_signalHandler = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, OnSignalExit, this);
+  // A closed terminal or session (SIGHUP) ends the application like SIGTERM.
+  m_hangupHandler = ecore_event_handler_add(ECORE_EVENT_SIGNAL_HUP, OnSignalExit, this);
   m_idle = ecore_idle_enterer_before_add(OnIdle, this);
   // Watched inside the platform, not through the port, so that the application's
   // call log and its injected faults see only the application's own calls.
@@ -174,9 +223,10 @@ void Framework::StopWatching() {
   if (m_signalHandler != nullptr) ecore_event_handler_del(m_signalHandler);
   if (m_mapHandler != nullptr) ecore_event_handler_del(m_mapHandler);
   m_mapHandler = nullptr;
+  if (m_hangupHandler != nullptr) ecore_event_handler_del(m_hangupHandler);
   m_idle = nullptr;
   m_launchJob = m_updateJob = nullptr;
-  m_signalHandler = nullptr;
+  m_signalHandler = m_hangupHandler = nullptr;
   m_keyFilter.reset();
   m_instance.Close();
 }
@@ -294,6 +344,13 @@ void Framework::OnLaunchJob(void* data) {
   auto* self = static_cast<Framework*>(data);
   self->m_launchJob = nullptr;
   self->DeliverLaunch();
+  // The first launch request is where an application makes its window.
+  if (!self->m_bExitRequested && self->m_windows.empty()) {
+    const char* display = std::getenv("DISPLAY");
+    const char* engine = std::getenv("ELM_ENGINE");
+    self->EndWithoutWindow(std::string("the application made no window (DISPLAY \"") + (display ? display : "") +
+                           "\", ELM_ENGINE \"" + (engine ? engine : "") + "\")");
+  }
 }
 
 Eina_Bool Framework::OnIdle(void* data) {
@@ -361,6 +418,8 @@ Eina_Bool Framework::OnMapped(void* data, int, void* event) {
 void Framework::OnWindowDel(void* data, Evas*, Evas_Object* window, void*) {
   auto* self = static_cast<Framework*>(data);
   self->Forget(window);
+  // Without a window this process can show nothing: the next start is the TV's application.
+  if (self->m_windows.empty()) self->m_instance.Close();
   self->ScheduleUpdate();
 }
 

@@ -3,6 +3,8 @@
 #include <Elementary.h>
 #include <Efreet.h>
 
+#include <cctype>
+#include <charconv>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -69,14 +71,24 @@ ScreenSize Screen() {
   ScreenSize size;
   const char* text = std::getenv("TVSIM_SCREEN");
   if (text == nullptr || *text == '\0') return size;
+  // Decimal digits on both sides of the x, nothing else; no screen beyond 8K UHD,
+  // which is also what the software renderer takes (100000x100000 crashed it).
+  const std::string value = text;
+  const size_t x = value.find('x');
   int width = 0, height = 0;
-  char rest = 0;
-  if (std::sscanf(text, "%dx%d%c", &width, &height, &rest) == 2 && width > 0 && height > 0) {
+  auto number = [](const std::string& digits, int max, int* out) {
+    const char* end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, *out);
+    return !digits.empty() && std::isdigit(static_cast<unsigned char>(digits[0])) && error == std::errc() &&
+           stop == end && *out >= 1 && *out <= max;
+  };
+  if (x != std::string::npos && number(value.substr(0, x), kMaxScreenWidth, &width) &&
+      number(value.substr(x + 1), kMaxScreenHeight, &height)) {
     size.width = width;
     size.height = height;
   } else {
-    std::fprintf(stderr, "tvsim: TVSIM_SCREEN=%s is not WIDTHxHEIGHT; using %dx%d\n", text, size.width,
-                 size.height);
+    std::fprintf(stderr, "tvsim: TVSIM_SCREEN=%s is not WIDTHxHEIGHT within %dx%d; using %dx%d\n", text,
+                 kMaxScreenWidth, kMaxScreenHeight, size.width, size.height);
   }
   return size;
 }

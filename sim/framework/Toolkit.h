@@ -18,7 +18,10 @@ bool AddPlatformTheme();
 // The compiled platform theme (TVSIM_PLATFORM_THEME overrides the built-in path).
 std::string PlatformThemePath();
 
-// The size of the simulated TV screen: TVSIM_SCREEN=WIDTHxHEIGHT, else 1920x1080.
+// The size of the simulated TV screen: TVSIM_SCREEN=WIDTHxHEIGHT (each side from 1
+// up to 8K UHD, 7680x4320), else 1920x1080 (with a warning on stderr when set otherwise).
+constexpr int kMaxScreenWidth = 7680;
+constexpr int kMaxScreenHeight = 4320;
 struct ScreenSize {
   int width = 1920;
   int height = 1080;

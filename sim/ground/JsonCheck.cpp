@@ -69,7 +69,9 @@ bool Bool(const json& value, const std::string& pointer) {
 
 std::string String(const json& value, const std::string& pointer) {
   if (!value.is_string()) Refuse(pointer, "expected a string, found " + TypeName(value));
-  return value.get<std::string>();
+  const std::string& text = value.get_ref<const std::string&>();
+  if (text.find('\0') != std::string::npos) Refuse(pointer, "a NUL character inside a string");
+  return text;
 }
 
 uint64_t Id(const json& value, const std::string& pointer) {

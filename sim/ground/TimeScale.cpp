@@ -1,5 +1,6 @@
 #include "TimeScale.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace tvsim {
@@ -10,7 +11,12 @@ double ReadScale() {
   if (text == nullptr || *text == '\0') return 1.0;
   char* end = nullptr;
   const double value = std::strtod(text, &end);
-  return (end != text && *end == '\0' && value > 0.0) ? value : 1.0;
+  // Not above kMaxTimeScale: a scaled time-out must stay a time-out (1e308 or
+  // inf made 30 s infinite, and such a timer fires at once).
+  if (end != text && *end == '\0' && value > 0.0 && value <= kMaxTimeScale) return value;
+  std::fprintf(stderr, "tvsim: TVSIM_TIME_SCALE=%s is not a number above 0 and at most %g; using 1\n", text,
+               kMaxTimeScale);
+  return 1.0;
 }
 
 // Negative until the variable was read; the main loop thread is the only reader.

@@ -11,8 +11,11 @@
 
 namespace tvsim {
 
-// The factor from TVSIM_TIME_SCALE, read on first use; 1.0 when unset or not a
-// positive number.
+// The largest factor taken: 30 s become 8 h 20 min, the longest recorder delay 42 days.
+constexpr double kMaxTimeScale = 1000.0;
+
+// The factor from TVSIM_TIME_SCALE, read on first use; 1.0 when unset, and 1.0
+// with a warning on stderr when it is not a number above 0 and at most kMaxTimeScale.
 double TimeScale();
 
 // seconds multiplied by TimeScale().

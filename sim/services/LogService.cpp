@@ -32,6 +32,14 @@ char PriorityLetter(int priority) { return (priority >= 2 && priority <= 7) ? kP
 std::string Escape(const std::string& message) {
   std::string text = message;
   if (!text.empty() && text.back() == '\n') text.pop_back();
+  if (text.size() > kMaxLogMessageBytes) {
+    // Never inside a UTF-8 character: back up over its continuation bytes.
+    size_t cut = kMaxLogMessageBytes;
+    while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
+    const size_t dropped = text.size() - cut;
+    text.erase(cut);
+    text += " [cut " + std::to_string(dropped) + " bytes]";
+  }
   std::string escaped;
   escaped.reserve(text.size());
   for (char c : text) {

@@ -2,12 +2,17 @@
 // named by TVSIM_LOG (also to stderr with TVSIM_LOG_STDERR=1):
 //   2026-11-23T08:45:40.123Z 12345 system W antenna-selection: Util.cpp: GetTvMode(57) > message
 // The message's trailing newline is dropped; other newlines are written as \n
-// and backslashes as \\, so that each call is exactly one line.
+// and backslashes as \\, so that each call is exactly one line. A message
+// longer than kMaxLogMessageBytes is cut (so that one long name from the TV
+// cannot write megabytes to the log) and ends with " [cut N bytes]".
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace tvsim {
+
+constexpr size_t kMaxLogMessageBytes = 1024;
 
 struct LogRecord {
   std::string time;

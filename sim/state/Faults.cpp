@@ -1,15 +1,111 @@
 #include "Faults.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstring>
 
 #include "Errors.h"
 #include "JsonCheck.h"
 #include "Ops.h"
+#include "TextCodec.h"
 
 namespace tvsim {
 
 namespace jc = json_check;
 using nlohmann::json;
+
+namespace {
+
+[[noreturn]] void Refuse(const std::string& pointer, const std::string& problem) {
+  throw ScenarioError("", pointer, problem);
+}
+
+// The whole of text as a decimal number of type T in [min, max].
+template <typename T>
+bool Decimal(const std::string& text, T min, T max, T* value) {
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, *value);
+  return !text.empty() && error == std::errc() && stop == end && *value >= min && *value <= max;
+}
+
+// "antenna/service" as the calls name a mode, with the ranges of a scenario's tv_mode.
+bool ModeText(const std::string& text, std::string* canonical) {
+  const size_t slash = text.find('/');
+  int64_t antenna = 0, service = 0;
+  if (slash == std::string::npos || !Decimal<int64_t>(text.substr(0, slash), -1, 2, &antenna) ||
+      !Decimal<int64_t>(text.substr(slash + 1), -1, 255, &service)) {
+    return false;
+  }
+  *canonical = std::to_string(antenna) + "/" + std::to_string(service);
+  return true;
+}
+
+// Keys, event names: text without spaces or control characters.
+bool Word(const std::string& text) {
+  return !text.empty() && Utf8ToUtf16BigEndian(text, nullptr) &&
+         std::none_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) <= ' '; });
+}
+
+// The target in the form the calls give theirs (numbers without leading zeros),
+// or a refusal: a target that can never match makes a fault that never fires.
+std::string Target(const OpInfo& op, const std::string& name, const json& value, const std::string& where) {
+  const std::string kind = op.target;
+  const bool numeric = kind == "screen" || kind == "service" || kind == "profile";
+  std::string text;
+  if (value.is_string()) {
+    text = value.get<std::string>();
+  } else if (value.is_number() && numeric) {
+    text = value.dump();  // a fraction or an exponent is refused below
+  } else {
+    Refuse(where, std::string("a ") + kind + " target is " + (numeric ? "a number" : "text") + ", not " +
+                      (value.is_number() ? "a number" : value.type_name()));
+  }
+  std::string canonical;
+  if (kind == "screen") {
+    int64_t screen = 0;
+    if (Decimal<int64_t>(text, 0, 15, &screen)) return std::to_string(screen);
+    if (name == "SetTvMode" && ModeText(text, &canonical)) return canonical;
+    Refuse(where, "\"" + text + "\" is no screen 0..15" +
+                      std::string(name == "SetTvMode" ? " and no mode \"antenna/service\"" : ""));
+  }
+  if (kind == "mode") {
+    if (ModeText(text, &canonical)) return canonical;
+    Refuse(where, "\"" + text + "\" is no mode \"antenna/service\" (antenna -1..2, service mode -1..255)");
+  }
+  if (kind == "service") {
+    uint64_t id = 0;
+    if (Decimal<uint64_t>(text, 1, UINT64_MAX, &id)) return std::to_string(id);
+    Refuse(where, "\"" + text + "\" is no service id 1..2^64-1");
+  }
+  if (kind == "profile") {
+    int64_t id = 0;
+    if (Decimal<int64_t>(text, INT32_MIN, INT32_MAX, &id)) return std::to_string(id);
+    Refuse(where, "\"" + text + "\" is no profile id (a 32-bit number)");
+  }
+  if (kind == "key") {
+    // System information and system settings are named by their number; other keys are paths.
+    const char* family = name == "system_info_get_value_int"       ? "system_info/"
+                         : name == "system_settings_get_value_int" ? "system_settings/"
+                                                                   : nullptr;
+    int64_t number = 0;
+    if (family == nullptr && Word(text) && text.find('/') != std::string::npos) return text;
+    if (family != nullptr && text.rfind(family, 0) == 0 &&
+        Decimal<int64_t>(text.substr(std::strlen(family)), INT32_MIN, INT32_MAX, &number)) {
+      return family + std::to_string(number);
+    }
+    Refuse(where, "\"" + text + "\" is no " +
+                      (family ? std::string("key ") + family + "N" : "settings key (a path such as db/mls/mls_focus)"));
+  }
+  // An event name, as the KPI table spells them: SELECT_ANTENNA, SL_FILTER_A.
+  auto isNameChar = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_'; };
+  auto isLetter = [](char c) { return c >= 'A' && c <= 'Z'; };
+  if (std::all_of(text.begin(), text.end(), isNameChar) && std::any_of(text.begin(), text.end(), isLetter)) {
+    return text;
+  }
+  Refuse(where, "\"" + text + "\" is no event name (capitals, digits and _)");
+}
+
+}  // namespace
 
 Fault ParseFault(const json& value, const std::string& pointer) {
   jc::Object(value, pointer, {"op", "target", "nth", "result", "null", "no_table", "no_attribute"}, {"op"});
@@ -21,12 +117,7 @@ Fault ParseFault(const json& value, const std::string& pointer) {
     const json& target = value["target"];
     const std::string where = jc::Child(pointer, "target");
     if (*op->target == '\0') throw ScenarioError("", where, fault.op + " takes no target");
-    if (target.is_number_integer()) {
-      fault.target = target.dump();
-    } else {
-      fault.target = jc::String(target, where);
-      if (fault.target->empty()) throw ScenarioError("", where, "empty target");
-    }
+    fault.target = Target(*op, fault.op, target, where);
   }
   if (value.contains("nth")) fault.nth = jc::Int(value["nth"], jc::Child(pointer, "nth"), 1, INT32_MAX);
 

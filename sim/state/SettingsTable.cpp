@@ -1,11 +1,11 @@
 #include "SettingsTable.h"
 
-#include <cerrno>
-#include <cstdlib>
+#include <charconv>
 #include <map>
 
 #include "Errors.h"
 #include "Platform.h"
+#include "TextCodec.h"
 
 namespace tvsim {
 
@@ -100,25 +100,29 @@ SettingValue SettingFromText(SettingValue::Type type, const std::string& key, co
   setting.type = type;
   switch (type) {
     case SettingValue::Type::Int: {
-      errno = 0;
-      char* end = nullptr;
-      const long long number = std::strtoll(text.c_str(), &end, 10);
-      if (text.empty() || *end != '\0' || errno != 0 || number < INT32_MIN || number > INT32_MAX) {
+      // Decimal digits with an optional minus, nothing around them.
+      int64_t number = 0;
+      const char* end = text.data() + text.size();
+      const auto [stop, error] = std::from_chars(text.data(), end, number);
+      if (text.empty() || error != std::errc() || stop != end || number < INT32_MIN || number > INT32_MAX) {
         throw UsageError("\"" + key + "\" is an int setting: \"" + text + "\" is not a 32-bit integer");
       }
       setting.number = number;
       break;
     }
     case SettingValue::Type::Bool:
-      if (text == "true" || text == "1") {
+      if (text == "true") {
         setting.number = 1;
-      } else if (text == "false" || text == "0") {
+      } else if (text == "false") {
         setting.number = 0;
       } else {
-        throw UsageError("\"" + key + "\" is a bool setting: \"" + text + "\" is not true, false, 1 or 0");
+        throw UsageError("\"" + key + "\" is a bool setting: \"" + text + "\" is not true or false");
       }
       break;
     case SettingValue::Type::String:
+      if (text.find('\0') != std::string::npos || !Utf8ToUtf16BigEndian(text, nullptr)) {
+        throw UsageError("\"" + key + "\" is a string setting: the value is not UTF-8 text");
+      }
       setting.text = text;
       break;
   }

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdio>
 
 namespace tvsim {
 
@@ -44,13 +45,11 @@ CREATE TABLE recorder_events(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NO
   event INTEGER NOT NULL, result INTEGER NOT NULL, data TEXT NOT NULL);
 )sql";
 
-// From version 1: the counts table, filled from the services already there.
-const char* const kUpgradeFrom1 = R"sql(
-CREATE TABLE service_counts(antenna INTEGER NOT NULL, service INTEGER NOT NULL, navigation INTEGER NOT NULL,
-  count INTEGER NOT NULL, PRIMARY KEY(antenna, service, navigation)) WITHOUT ROWID;
-INSERT INTO service_counts SELECT antenna, service, navigation, COUNT(*) FROM services
-  GROUP BY antenna, service, navigation;
-)sql";
+std::string Hex(int64_t value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "0x%08llx", static_cast<unsigned long long>(static_cast<uint32_t>(value)));
+  return text;
+}
 
 void MakeParents(const std::string& path) {
   for (size_t pos = path.find('/', 1); pos != std::string::npos; pos = path.find('/', pos + 1)) {
@@ -59,9 +58,12 @@ void MakeParents(const std::string& path) {
   }
 }
 
+// Every error names the file: several TVs (and tests) run side by side.
 void Check(sqlite3* db, int rc, const std::string& what) {
   if (rc != SQLITE_OK && rc != SQLITE_ROW && rc != SQLITE_DONE) {
-    throw StoreError(what + ": " + (db ? sqlite3_errmsg(db) : sqlite3_errstr(rc)));
+    const char* file = db ? sqlite3_db_filename(db, "main") : nullptr;
+    throw StoreError((file && *file ? std::string(file) + ": " : std::string()) + what + ": " +
+                     (db ? sqlite3_errmsg(db) : sqlite3_errstr(rc)));
   }
 }
 
@@ -135,10 +137,16 @@ Store::Store(const std::string& path) : m_path(path) {
   try {
     // The application and tvctl write at the same time: wait for each other's locks.
     sqlite3_busy_timeout(m_db, 5000);
+    // Only reads until the file is known to be the TV's (or empty): changing the
+    // journal mode already writes to it.
+    NeedsSchema();
     Exec("PRAGMA journal_mode=WAL");
     Exec("PRAGMA synchronous=NORMAL");
     Migrate();
   } catch (...) {
+    // The cached statements first: a connection with live statements does not close.
+    for (auto& entry : m_statements) sqlite3_finalize(entry.second);
+    m_statements.clear();
     sqlite3_close(m_db);
     m_db = nullptr;
     throw;
@@ -150,21 +158,40 @@ Store::~Store() {
   sqlite3_close(m_db);
 }
 
+bool Store::NeedsSchema() {
+  auto read = [&](const std::string& sql) {
+    auto statement = Prepare(sql);
+    statement.Step();
+    const int64_t value = statement.Int(0);
+    statement.Run();
+    return value;
+  };
+  const int64_t id = read("PRAGMA application_id");
+  const int64_t version = read("PRAGMA user_version");
+  const int64_t objects = read("SELECT COUNT(*) FROM sqlite_master");
+  if (id == kApplicationId) {
+    if (version == kSchemaVersion) return false;
+    throw StoreError(m_path + ": a TV database of schema version " + std::to_string(version) +
+                     "; this build reads version " + std::to_string(kSchemaVersion));
+  }
+  if (id != 0) {
+    throw StoreError(m_path + ": not a TV database (SQLite application_id " + Hex(id) + ", the TV's is " +
+                     Hex(kApplicationId) + "); refused, nothing written");
+  }
+  if (objects > 0) {
+    throw StoreError(m_path + ": has tables but not the TV's mark (SQLite application_id " + Hex(kApplicationId) +
+                     "); refused, nothing written. Another program's database, or one made before the "
+                     "mark: give the TV a file of its own");
+  }
+  return true;
+}
+
 void Store::Migrate() {
   Transaction transaction(*this);
-  auto version = Prepare("PRAGMA user_version");
-  version.Step();
-  const int64_t current = version.Int(0);
-  version.Run();
-  if (current == kSchemaVersion) return;
-  if (current == 1) {
-    Exec(kUpgradeFrom1);
-  } else if (current != 0) {
-    throw StoreError(m_path + ": schema version " + std::to_string(current) + " is not " +
-                     std::to_string(kSchemaVersion));
-  } else {
-    Exec(kSchema);
-  }
+  // Again inside the write lock: another process may have made the TV meanwhile.
+  if (!NeedsSchema()) return;
+  Exec(kSchema);
+  Exec("PRAGMA application_id=" + std::to_string(kApplicationId));
   Exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
   transaction.Commit();
 }

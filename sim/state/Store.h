@@ -13,7 +13,8 @@
 
 namespace tvsim {
 
-// A failure of the database itself (cannot open, corrupt, I/O error).
+// A failure of the database itself (cannot open, corrupt, I/O error, not the
+// TV's file); the message names the file.
 class StoreError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -55,9 +56,14 @@ class Statement {
 
 class Store {
  public:
+  // The mark of the TV's files: SQLite's application_id ("TVsm") and user_version.
+  static constexpr int32_t kApplicationId = 0x5456736d;
   static constexpr int kSchemaVersion = 2;
 
-  // Opens (and creates, with its folder) the database at path.
+  // Opens (and creates, with its folder) the database at path. A file that has
+  // tables but not the TV's mark, or the mark of another schema version, is
+  // refused with StoreError before anything is written to it: the simulator
+  // never adopts another program's database.
   explicit Store(const std::string& path);
   ~Store();
   Store(const Store&) = delete;
@@ -85,6 +91,8 @@ class Store {
   };
 
  private:
+  // Reads the mark and the schema; returns true for an empty file (to be made a TV).
+  bool NeedsSchema();
   void Migrate();
 
   std::string m_path;

@@ -343,14 +343,25 @@ TEST_F(AntennaPopup, ReadOutCarriesTheTitleAndCountOnlyTheFirstTime) {
   elm_config_access_set(EINA_FALSE);
 }
 
-TEST_F(AntennaPopup, NamesWithMarkupCharactersShowAsTheyAre) {
-  tv.Load(SampleWithoutRecordings({{"antenna_names", {{{"antenna", 0}, {"name", "Air <UHF> & VHF"}},
-                                                       {{"antenna", 1}, {"name", "Cable"}}}}}));
-  Open();
-  EXPECT_EQ("Air <UHF> & VHF", SettledFocus());
-  Press({"Down", "Return"});
-  ASSERT_EQ(1u, Kpi().size());
-  EXPECT_EQ("{sl_antenna=Cable;pre_antenna=Air <UHF> & VHF;antennanum=6}", Kpi()[0]["desc"]);
+TEST_F(AntennaPopup, NamesWithMarkupCharactersShowAsTheyAreAndLineBreaksAsSpaces) {
+  const std::pair<const char*, const char*> rows[] = {  // the TV's name, the row's text
+      {"Air <UHF> & VHF", "Air <UHF> & VHF"}, {"Air\nUHF", "Air UHF"}, {"Air\tUHF", "Air UHF"},
+      {"Air\r\nUHF", "Air UHF"}, {"Air\rUHF\n", "Air UHF "}, {"Air\u2029UHF", "Air UHF"},
+      {"Air\u2028\vUHF\f", "Air  UHF "}, {"Air\u0085UHF", "Air UHF"},
+  };
+  for (const auto& [name, shown] : rows) {
+    SCOPED_TRACE(name);
+    tv.Load(SampleWithoutRecordings({{"antenna_names", {{{"antenna", 0}, {"name", name}},
+                                                         {{"antenna", 1}, {"name", "Cable"}}}}}));
+    tvsim::ResetExitRequests();
+    Open();
+    // The row is markup: a line break or tab would show as a tag (a plain text part) or break the row.
+    EXPECT_EQ(shown, SettledFocus());
+    Press({"Down", "Return"});
+    ASSERT_EQ(1u, Kpi().size());
+    EXPECT_EQ(std::string("{sl_antenna=Cable;pre_antenna=") + name + ";antennanum=6}", Kpi()[0]["desc"]);
+    AntennaSelectionPopup::DestroyInstance();
+  }
 }
 
 TEST_F(AntennaPopup, SpeaksTheViewersLanguageAndMirrorsForArabic) {

@@ -11,6 +11,15 @@ constexpr uint64_t kOnAir = 7340034;     // 0x700002, "Riverside News", 4-1
 constexpr uint64_t kOnCable = 8388610;  // 0x800002, "Cable Kids", 102
 
 const char* const kStop = "Stop recording and change channel";
+
+// A second line as the popup builds it: the display's direction (a left-to-right
+// mark here), then each field from the TV on one line and direction-isolated
+// (U+2068 .. U+2069), fields two spaces apart.
+std::string Fields(std::initializer_list<std::string> fields, const char* after = "", const char* mark = "\u200e") {
+  std::string line;
+  for (const std::string& field : fields) line += (line.empty() ? "" : "  ") + ("\u2068" + field + "\u2069");
+  return mark + line + after;
+}
 const char* const kStay = "Do not change channel";
 
 // The two-recording TV with `edit` applied to its services (arrays do not merge).
@@ -52,13 +61,14 @@ TEST_F(StopRecordingPopup, ShowsBothRecordingsAndTheChannelAfterTheChange) {
   Evas_Object* popup = nullptr;
   ASSERT_NE(nullptr, VisibleStopList(&popup));
   EXPECT_STREQ("Change Channel", elm_object_part_text_get(popup, "title,text"));
-  EXPECT_STREQ("After the antenna change the TV will show Cable Movies. Two recordings are in progress: choose what to do.",
+  EXPECT_STREQ("After the antenna change the TV will show \u2068Cable Movies\u2069. Two recordings are in progress: choose "
+               "what to do.",
                elm_object_part_text_get(elm_object_content_get(popup), "brief.text.area"));
   EXPECT_EQ(std::vector<std::string>({kStop, kStop, kStay}), tvtest::RowTexts(VisibleStopList()));
   // The antenna named is always the target's, also for the recording on Air.
-  EXPECT_EQ(std::vector<std::string>({"Cable  4-1  Riverside News  Weather at Noon",
-                                      "Cable  102  Cable Kids  Puppet Theatre",
-                                      "Cable  101  Cable Movies  The Long Road Home"}),
+  EXPECT_EQ(std::vector<std::string>({Fields({"Cable", "4-1", "Riverside News", "Weather at Noon"}),
+                                      Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}),
+                                      Fields({"Cable", "101", "Cable Movies", "The Long Road Home"})}),
             SecondLines());
   // The recording icon marks the two stop items only.
   std::vector<bool> icons;
@@ -107,24 +117,26 @@ TEST_F(StopRecordingPopup, SecondLinesDropWhatTheTvCannotTell) {
     const char* log;  // an error line of m_GetButtonItemText, or null
   } rows[] = {
       {"first recording unknown", {{"recordings", {42, kOnCable}}}, nullptr,
-       {"", "Cable  102  Cable Kids  Puppet Theatre", "Cable  101  Cable Movies  The Long Road Home"},
+       {"", Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}),
+        Fields({"Cable", "101", "Cable Movies", "The Long Road Home"})},
        "ServData can not get ."},
       {"no programme guide entries", json::object(),
        [](json& s) {
          for (json& service : s) service.erase("programme");
        },
-       {"", "", "Cable  101  Cable Movies  "}, "ProgData can not get ."},
+       {"", "", Fields({"Cable", "101", "Cable Movies"}, "  ")}, "ProgData can not get ."},
       {"untitled programmes", json::object(),
        [](json& s) {
          ServiceById(s, kOnAir)["programme"] = "";
          ServiceById(s, 8388609)["programme"] = "";
        },
-       {"Cable  4-1  Riverside News  No information", "Cable  102  Cable Kids  Puppet Theatre",
-        "Cable  101  Cable Movies  No information"},
+       {Fields({"Cable", "4-1", "Riverside News", "No information"}),
+        Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}), Fields({"Cable", "101", "Cable Movies", "No information"})},
        nullptr},
       {"unnamed antenna and service", {{"antenna_names", {{{"antenna", 0}, {"name", "Air"}}}}},
        [](json& s) { ServiceById(s, kOnCable)["name"] = ""; },
-       {"4-1  Riverside News  Weather at Noon", "102    Puppet Theatre", "101  Cable Movies  The Long Road Home"},
+       {Fields({"4-1", "Riverside News", "Weather at Noon"}), Fields({"102", "", "Puppet Theatre"}),
+        Fields({"101", "Cable Movies", "The Long Road Home"})},
        nullptr},
   };
   for (const Row& row : rows) {
@@ -135,6 +147,75 @@ TEST_F(StopRecordingPopup, SecondLinesDropWhatTheTvCannotTell) {
       EXPECT_TRUE(tv.Logged("m_GetButtonItemText", row.log, 2, 5));
     }
     EXPECT_TRUE(tv.Logged("m_PrepareItemText", "m_ChangeItem[RECORD_NUMBER].text2 is " + row.lines[2], 0, 5));
+    AntennaSelectionPopup::DestroyInstance();
+  }
+}
+
+TEST_F(StopRecordingPopup, NamesFromTheTvShowOnOneLineEachFieldWithItsOwnDirection) {
+  struct Row {
+    const char* name;
+    json patch;
+    void (*edit)(json&);
+    std::vector<std::string> lines;
+    const char* brief;  // the service named in the brief text
+  } rows[] = {
+      {"line breaks and tabs in programme titles", json::object(),
+       [](json& s) {
+         ServiceById(s, kOnAir)["programme"] = "Weather\nat Noon";
+         ServiceById(s, kOnCable)["programme"] = "Puppet\tTheatre";
+         ServiceById(s, 8388609)["programme"] = "The Long\r\nRoad\u2029Home";
+       },
+       {Fields({"Cable", "4-1", "Riverside News", "Weather at Noon"}), Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}),
+        Fields({"Cable", "101", "Cable Movies", "The Long Road Home"})},
+       "Cable Movies"},
+      // The service's own line breaks are removed before it is shown (Util::Twstring2String); tabs remain for the popup.
+      {"breaks in the antenna name, tabs in service names",
+       {{"antenna_names", {{{"antenna", 0}, {"name", "Air"}}, {{"antenna", 1}, {"name", "Ca\nble\t2"}}}}},
+       [](json& s) {
+         ServiceById(s, kOnCable)["name"] = "Cable\tKids";
+         ServiceById(s, 8388609)["name"] = "Cable\t\tMovies\u2028";
+       },
+       {Fields({"Ca ble 2", "4-1", "Riverside News", "Weather at Noon"}),
+        Fields({"Ca ble 2", "102", "Cable Kids", "Puppet Theatre"}),
+        Fields({"Ca ble 2", "101", "Cable  Movies ", "The Long Road Home"})},
+       "Cable  Movies "},
+      {"right-to-left names in a left-to-right line", json::object(),
+       [](json& s) {
+         ServiceById(s, kOnAir)["name"] = "قناة 24";
+         ServiceById(s, kOnAir)["programme"] = "חדשות 12";
+         ServiceById(s, 8388609)["name"] = "سينما";
+       },
+       {Fields({"Cable", "4-1", "قناة 24", "חדשות 12"}), Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}),
+        Fields({"Cable", "101", "سينما", "The Long Road Home"})},
+       "سينما"},
+      // A name's own direction marks would end the field's isolate early or outlast it.
+      {"names with stray direction marks", json::object(),
+       [](json& s) {
+         ServiceById(s, kOnAir)["name"] = "News\u2069\u202e 24";
+         ServiceById(s, kOnCable)["programme"] = "\u2067Puppet\u202a Theatre\u202c";
+         ServiceById(s, 8388609)["name"] = "\u202dCable Movies\u2066";
+       },
+       {Fields({"Cable", "4-1", "News 24", "Weather at Noon"}), Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}),
+        Fields({"Cable", "101", "Cable Movies", "The Long Road Home"})},
+       "Cable Movies"},
+      // A right-to-left display lays the fields out from the right, whatever the names.
+      {"a right-to-left display", {{"settings", {{"db/menu/system/language", "ar_AE"}}}}, nullptr,
+       {Fields({"Cable", "4-1", "Riverside News", "Weather at Noon"}, "", "\u200f"),
+        Fields({"Cable", "102", "Cable Kids", "Puppet Theatre"}, "", "\u200f"),
+        Fields({"Cable", "101", "Cable Movies", "The Long Road Home"}, "", "\u200f")},
+       nullptr},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    AskedWhichToStop(TwoRecordings(row.patch, row.edit));
+    EXPECT_EQ(row.lines, SecondLines());
+    Evas_Object* popup = nullptr;
+    ASSERT_NE(nullptr, VisibleStopList(&popup));
+    const char* brief = elm_object_part_text_get(elm_object_content_get(popup), "brief.text.area");
+    if (row.brief) {
+      EXPECT_STREQ(("After the antenna change the TV will show \u2068" + std::string(row.brief) +
+                    "\u2069. Two recordings are in progress: choose what to do.").c_str(), brief);
+    }
     AntennaSelectionPopup::DestroyInstance();
   }
 }

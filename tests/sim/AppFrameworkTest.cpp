@@ -28,7 +28,11 @@ using simtest::TestApp;
 
 TEST(AppFramework, SizesTheApplicationWindowLikeTheTvScreen) {
   struct Case { const char* screen; int width, height; } cases[] = {
-      {nullptr, 1920, 1080}, {"1280x720", 1280, 720}, {"3840x2160", 3840, 2160}, {"wide", 1920, 1080}};
+      {nullptr, 1920, 1080}, {"1280x720", 1280, 720}, {"3840x2160", 3840, 2160}, {"wide", 1920, 1080},
+      // Beyond 8K UHD (what the software renderer takes) or not plain digits: the default.
+      {"7680x1080", 7680, 1080}, {"1920x4320", 1920, 4320}, {"7681x1080", 1920, 1080}, {"1920x4321", 1920, 1080},
+      {"100000x100000", 1920, 1080}, {"99999999999x720", 1920, 1080}, {"0x720", 1920, 1080},
+      {"-1280x720", 1920, 1080}, {"+1280x720", 1920, 1080}, {"1280x720 ", 1920, 1080}, {"1280 x720", 1920, 1080}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.screen ? c.screen : "(unset)");
     tvtest::TempTv tv;
@@ -62,6 +66,10 @@ TEST(AppFramework, EndsThroughTerminateOnEveryWayOutAndPausesOnlyWhenFocusStaysA
       {"create fails", [](TestApp& app) { app.onCreate = [] { return false; }; }, 1, {"create"}, 0},
       {"SIGTERM", [](TestApp& app) { app.onResume = [] { raise(SIGTERM); }; }, 0, then({"terminate"}), 0},
       {"SIGINT", [](TestApp& app) { app.onResume = [] { raise(SIGINT); }; }, 0, then({"terminate"}), 0},
+      {"SIGHUP", [](TestApp& app) { app.onResume = [] { raise(SIGHUP); }; }, 0, then({"terminate"}), 0},
+      // Nothing can be shown: the run ends at once, with its own result.
+      {"no window after the launch request", [](TestApp& app) { app.makeWindow = false; },
+       3, {"create", "app_control", "terminate"}, 0},
       {"window closed", [](TestApp& app) {
          app.onResume = [&app] { Later([&app] { evas_object_del(std::exchange(app.window, nullptr)); }); };
          app.onPause = [] { ui_app_exit(); };

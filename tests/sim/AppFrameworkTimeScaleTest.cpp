@@ -26,7 +26,9 @@ Eina_Bool Never(void*) {
 TEST_F(TimeScaleTest, ScalesApplicationTimersAndLeavesLoopTimersAlone) {
   const std::pair<const char*, double> cases[] = {  // setting, what a 30 s application timer becomes
       {nullptr, 30.0}, {"0.001", 0.03}, {"0.5", 15.0}, {"2", 60.0}, {"0", 30.0}, {"-1", 30.0}, {"fast", 30.0},
-      {"0.1s", 30.0}};
+      {"0.1s", 30.0},
+      // So large that a time-out would overflow: the default, with a warning.
+      {"1000", 30000.0}, {"1000.5", 30.0}, {"1e308", 30.0}, {"1e400", 30.0}, {"inf", 30.0}, {"nan", 30.0}};
   for (const auto& [setting, seconds] : cases) {
     SCOPED_TRACE(setting ? setting : "(unset)");
     Scale(setting);

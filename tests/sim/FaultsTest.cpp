@@ -4,6 +4,8 @@
 
 #include "CaProfileService.h"
 #include "ChannelText.h"
+#include "Control.h"
+#include "Errors.h"
 #include "Recorder.h"
 #include "ServiceHub.h"
 #include "Settings.h"
@@ -133,6 +135,51 @@ TEST(Faults, HitEveryCallTheNthMatchingCallOrOneTarget) {
     tv.AddFault(row.fault);
     EXPECT_EQ(row.expected, row.calls());
   }
+}
+
+TEST(Faults, ATargetThatCannotMatchIsRefusedInScenariosAndTvctlAlike) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  struct Row { const char* op; json target; const char* problem; } refused[] = {
+      {"GetServiceCount", "3/21", "no mode"}, {"GetServiceCount", "2/256", "no mode"},
+      {"GetChannelTypeString", "-2/0", "no mode"}, {"GetCurrentService", "2", "no mode"},
+      {"GetServiceCount", 25, "is text, not a number"}, {"OpenNavigator", "main", "no screen 0..15"},
+      {"GetTvMode", 16, "no screen 0..15"}, {"SetTvMode", "1/x", "no mode"}, {"OpenNavigator", 1.5, "no screen"},
+      {"FindService", "18446744073709551616", "no service id"}, {"GetServiceName", 0, "no service id"},
+      {"rec_stop_recording", "0x700002", "no service id"}, {"GetPresentProgram", " 7340034", "no service id"},
+      {"GetInstalledOperatorProfiles", "helios", "no profile id"},
+      {"GetInstalledOperatorProfiles", "2147483648", "no profile id"}, {"vconf_get_int", 18, "is text, not a number"},
+      {"vconf_get_bool", "pip on", "no settings key"}, {"system_info_get_value_int", "system_info/x", "system_info/N"},
+      {"system_settings_get_value_int", "system_info/57", "system_settings/N"}, {"LogKpiEvent", 17, "is text"},
+      {"LogKpiEvent", "SELECT ANTENNA", "no event name"}, {"LogKpiEvent", "select_antenna", "no event name"}, {"vconf_get_int", "db/\xff", "no settings key"},
+      {"GetTvMode", json::array({0}), "not array"},
+  };
+  const json before = tv.Show();
+  for (const Row& row : refused) {
+    SCOPED_TRACE(std::string(row.op) + " " + row.target.dump(-1, ' ', false, json::error_handler_t::replace));
+    const json fault = {{"op", row.op}, {"result", -1}, {"target", row.target}};
+    try {
+      tvsim::Control(tv.DbPath()).Load({{"faults", {fault}}}, "faults.json");
+      ADD_FAILURE() << "scenario accepted";
+    } catch (const tvsim::ScenarioError& e) {
+      EXPECT_EQ("/faults/0/target", e.Pointer());
+      EXPECT_NE(std::string::npos, e.Problem().find(row.problem)) << e.Problem();
+    }
+    if (!row.target.is_string()) continue;
+    std::string err;
+    EXPECT_EQ(2, tv.Run(simtest::Tvctl() + " fault add " + row.op + " --result -1 --target '" +
+                        row.target.get<std::string>() + "' 2>&1", &err));
+    EXPECT_NE(std::string::npos, err.find(row.problem)) << err;
+  }
+  EXPECT_EQ(before, tv.Show());
+
+  // Targets are kept the way the calls name them, so a leading zero still hits.
+  tv.AddFault({{"op", "GetServiceCount"}, {"result", -9}, {"target", "02/005"}});
+  EXPECT_EQ(-1009, Count(2, 5));
+  ASSERT_EQ(0, tv.Run(simtest::Tvctl() + " fault add system_info_get_value_int --result -2 --target system_info/0238"));
+  int value = 0;
+  EXPECT_EQ(-2, system_info_get_value_int(SYSTEM_INFO_KEY_RECORDABLE_TUNER_COUNT, &value));
+  EXPECT_EQ(json({"2/5", "system_info/238"}), json({tv.Show()["faults"][0]["target"], tv.Show()["faults"][1]["target"]}));
 }
 
 TEST(Faults, CountMatchingCallsAndCanBeClearedWhileRunning) {

@@ -8,6 +8,7 @@
 #include <tuple>
 
 #include "Log.h"
+#include "LogService.h"
 #include "TempTv.h"
 
 namespace {
@@ -67,4 +68,26 @@ TEST(LogService, TempTvPicksTheApplicationsLinesByFunctionBufferAndPriority) {
   EXPECT_TRUE(tv.Logs().empty());
   __dlog_print(LOG_ID_MAIN, DLOG_INFO, "antenna-selection", "%s: %s(%d) > after\n", "A.cpp", "F", 2);
   EXPECT_EQ((std::vector<std::string>{"after"}), tv.AppMessages());
+}
+
+TEST(LogService, CutsALongMessageToItsDocumentedLengthNeverInsideACharacter) {
+  tvtest::TempTv tv;
+  const std::string a1023(1023, 'a'), a1024(1024, 'a');
+  struct Row { std::string message, logged; } rows[] = {
+      {a1024, a1024},
+      {a1024 + "\n", a1024},  // the trailing newline is not part of the message
+      {a1024 + "b", a1024 + " [cut 1 bytes]"},
+      {a1023 + "\xc3\xa9", a1023 + " [cut 2 bytes]"},                     // é across the limit
+      {a1023 + "\xf0\x9f\x93\xba" + "tail", a1023 + " [cut 8 bytes]"},    // a 4-byte character across it
+      {std::string(1 << 20, 'n'), std::string(1024, 'n') + " [cut 1047552 bytes]"},  // a name of a megabyte
+      {std::string(600, '\\') + std::string(600, 'x'), std::string(600, '\\') + std::string(424, 'x') + " [cut 176 bytes]"},
+  };
+  for (const Row& row : rows) __dlog_print(LOG_ID_MAIN, DLOG_WARN, "t", "%s", row.message.c_str());
+  const std::vector<tvtest::LogLine> lines = tv.Logs();
+  ASSERT_EQ(std::size(rows), lines.size());
+  for (size_t i = 0; i < lines.size(); ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(rows[i].logged, lines[i].message);
+  }
+  for (const std::string& raw : RawLines(tv)) EXPECT_LT(raw.size(), 2 * tvsim::kMaxLogMessageBytes + 100);
 }

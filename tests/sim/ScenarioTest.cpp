@@ -1,6 +1,8 @@
 // Loading scenarios: what is loaded comes back out, what is wrong is refused
 // with file, JSON pointer and problem, and a refused load changes nothing.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <functional>
@@ -20,6 +22,12 @@ std::string WriteFile(const tvtest::TempTv& tv, const std::string& name, const s
   const std::string path = tv.Dir() + "/" + name;
   std::ofstream(path) << text;
   return path;
+}
+
+std::string Repeat(const std::string& text, int times) {
+  std::string repeated;
+  for (int i = 0; i < times; ++i) repeated += text;
+  return repeated;
 }
 
 int CountOf(int antenna, int service, int navigation = NAVIGATION_MODE_ALL) {
@@ -118,11 +126,57 @@ TEST(Scenario, RefusalsNameFilePointerAndProblemAndChangeNothing) {
     ExpectRefused(control, WriteFile(tv, "bad.json", scenario.dump()), row.pointer, row.problem);
   }
   // Files that are not scenarios at all are refused whole.
-  for (const std::string& path : {WriteFile(tv, "broken.json", "{\"tv_mode\": {\"antenna\": 0,"),
-                                  WriteFile(tv, "array.json", "[1, 2]"), tv.Dir() + "/missing.json"}) {
+  for (const std::string& path : {WriteFile(tv, "array.json", "[1, 2]"), tv.Dir() + "/missing.json"}) {
     SCOPED_TRACE(path);
     ExpectRefused(control, path, "", "");
   }
+}
+
+TEST(Scenario, OnlyASmallRegularFileOfStrictJsonIsRead) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  const std::string dir = tv.Dir();
+  ASSERT_EQ(0, mkfifo((dir + "/fifo.json").c_str(), 0644));
+  // Devices that end (/dev/null): one that does not would fill the memory should the check break.
+  ASSERT_EQ(0, symlink("/dev/null", (dir + "/device.json").c_str()));
+  const std::string large = dir + "/large.json";  // sparse: nothing is written
+  ASSERT_EQ(0, truncate(WriteFile(tv, "large.json", "{}").c_str(), 32 * 1024 * 1024 + 1));
+  const std::string digits(400, '7');
+  struct Row { std::string file, text, pointer, problem; } rows[] = {
+      {dir, "", "/", "is a directory"}, {"/dev/null", "", "/", "is a character device"},
+      {dir + "/fifo.json", "", "/", "is a FIFO"}, {dir + "/device.json", "", "/", "is a character device"},
+      {large, "", "/", "has 33554433 bytes; a scenario has at most 33554432"},
+      {"over.json", R"({"playback": {"playing": 1e400}})", "/playback/playing", "(line 1 column 30): number overflow"},
+      {"under.json", "{\"tv_mode\":\n {\"antenna\": -1E+999, \"service\": 0}}", "/tv_mode/antenna", "line 2 column"},
+      {"digits.json", R"({"recordings": [1, )" + digits + "]}", "/recordings/1", "number overflow"},
+      {"two-modes.json", "{\"tv_mode\": {\"antenna\": 0, \"service\": 21},\n \"tv_mode\": {\"antenna\": 1, \"service\": 21}}",
+       "/tv_mode", "member \"tv_mode\" given twice (line 2 column 10, first at line 1 column 10)"},
+      {"two-ids.json", R"({"services": [{"id": 1, "antenna": 0, "service": 1, "major": 1, "name": "A", "id": 2}]})",
+       "/services/0/id", "member \"id\" given twice"},
+      {"two-keys.json", R"({"settings": {"a/b": 1, "a/b": 2}})", "/settings/a~1b", "given twice"},
+      {"nul-name.json", R"({"antenna_names": [{"antenna": 0, "name": "Air\u0000"}]})", "/antenna_names/0/name", "NUL"},
+      {"nul-key.json", R"({"settings": {"db/x\u0000y": 1}})", "/settings", "NUL character inside a member name"},
+      {"deep.json", std::string(1000, '[') + std::string(1000, ']'), Repeat("/0", 64), "nested deeper than 64 levels"},
+      {"deep-members.json", Repeat("{\"a\": ", 100) + "1" + Repeat("}", 100), Repeat("/a", 64), "nested deeper than 64 levels"},
+      {"nul-programme.json", R"({"services": [{"id": 1, "antenna": 0, "service": 1, "major": 1, "name": "A", "programme": "\u0000"}]})",
+       "/services/0/programme", "NUL"},
+  };
+  const json before = tv.Show();
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.file);
+    const std::string path = row.text.empty() ? row.file : WriteFile(tv, row.file, row.text);
+    std::string err;
+    // A time limit, so that a FIFO opened without looking first fails the test instead of hanging it.
+    EXPECT_EQ(2, tv.Run("timeout 20 " + simtest::Tvctl() + " load '" + path + "' 2>&1", &err));
+    EXPECT_NE(std::string::npos, err.find("refused: " + path + ": " + row.pointer + ": ")) << err;
+    EXPECT_NE(std::string::npos, err.find(row.problem)) << err;
+  }
+  EXPECT_EQ(before, tv.Show());
+  // The same members once each load.
+  ASSERT_EQ(0, tv.Run(simtest::Tvctl() + " load '" +
+                      WriteFile(tv, "once.json", R"({"tv_mode": {"antenna": 1, "service": 21}, "settings": {"a/b": 2}})") +
+                      "'"));
+  EXPECT_EQ(json({{"antenna", 1}, {"service", 21}}), tv.Show()["tv_mode"]);
 }
 
 TEST(Scenario, GeneratedServiceRangesAreCountedByTheDatabase) {

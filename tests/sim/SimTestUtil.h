@@ -34,6 +34,7 @@ struct TestApp {
   Events events;
   std::function<bool()> onCreate = [] { return true; };
   std::function<void()> onControl, onResume, onPause;
+  bool makeWindow = true;  // false: an application that cannot make its window
   Evas_Object* window = nullptr;
 
   ~TestApp() {
@@ -66,7 +67,7 @@ struct TestApp {
         [](app_control_h request, void* d) {
           EXPECT_NE(request, nullptr);
           TestApp* self = Self(d, "app_control");
-          if (self->window == nullptr) {
+          if (self->window == nullptr && self->makeWindow) {
             self->window = elm_win_add(nullptr, "framework test", ELM_WIN_BASIC);
             evas_object_show(self->window);
           }

@@ -63,6 +63,49 @@ TEST(Tvctl, ExitsZeroOnSuccessTwoOnBadUsageAndChangesNothingThen) {
   EXPECT_EQ(before, ShowThroughTvctl(tv));
 }
 
+TEST(Tvctl, ChecksEveryNumberAtFullWidthAndEveryValueAsTheDocsDefineIt) {
+  tvtest::TempTv tv;
+  const std::string tvctl = simtest::Tvctl();
+  ASSERT_EQ(0, tv.Run(tvctl + " load " + std::string(TV_SOURCE_DIR) + "/scenarios/sample.json"));
+  const json before = ShowThroughTvctl(tv);
+  const std::pair<const char*, const char*> refused[] = {  // all exit with 2 and change nothing
+      {"tune 1 21 --screen 4294967296", "screen 4294967296"}, {"tune 4294967298 4294967301", "antenna 4294967298"},
+      {"tune 1 21 --screen -1", "screen -1"}, {"tune 0 256", "service mode 256"}, {"tune 0 -2", "service mode -2"},
+      {"tune 99999999999999999999 1", "out of range"}, {"tune ' 1' 21", "not a number"},
+      {"tune 1 +21", "not a number"}, {"tune 1 21 --screen 0x1", "not a number"},
+      {"playback 2", "out of range 0..1"}, {"playback -1", "out of range 0..1"}, {"playback '1 '", "not a number"},
+      {"set kpi/filter_detail 1", "not true or false"}, {"set com.velmora/featureconf/pvr.pvr_support yes", "not true"},
+      {"set system_info/18 '2 '", "not a 32-bit integer"}, {"set system_info/18 2147483648", "not a 32-bit integer"},
+      {"set db/menu/system/language '\xc3'", "not UTF-8"}, {"set db/menu/system/language '\xed\xa0\x80'", "not UTF-8"},
+      {"recording start 18446744073709551616", "past 2^64-1"}, {"recording start ' 5'", "not a number"},
+      {"recording stop -5", "not a number"}, {"fault clear 0", "out of range"},
+      {"fault add GetTvMode --result ' 1'", "not a number"}, {"recorder-event 1 1 0x10", "not a number"},
+      {"--db a.db --db b.db show", "--db given twice"}, {"--db= show", "--db needs a path"},
+      {"tune 1 21 --screen 1 --screen 2", "--screen given twice"},
+      {"fault add GetTvMode --result 1 --result 2", "--result given twice"},
+      {"fault add GetTvMode --null --target 0 --target 1", "--target given twice"},
+  };
+  for (const auto& [args, message] : refused) {
+    SCOPED_TRACE(args);
+    std::string err;
+    EXPECT_EQ(2, tv.Run("cd " + tv.Dir() + " && " + tvctl + " " + args + " 2>&1 >/dev/null", &err));
+    EXPECT_NE(std::string::npos, err.find(message)) << err;
+  }
+  EXPECT_EQ(before, ShowThroughTvctl(tv));
+  EXPECT_FALSE(std::ifstream(tv.Dir() + "/a.db").good());
+
+  // The edges of each range are taken.
+  for (const char* args : {"tune -1 -1", "tune 2 255 --screen 15", "playback 0", "set kpi/filter_detail false",
+                           "recording start 18446744073709551615", "recorder-event -2147483648 4294967295"}) {
+    EXPECT_EQ(0, tv.Run(tvctl + " " + args)) << args;
+  }
+  const json after = ShowThroughTvctl(tv);
+  EXPECT_EQ(json({{"antenna", -1}, {"service", -1}}), after["tv_mode"]);
+  EXPECT_EQ(json({{"screen", 15}, {"antenna", 2}, {"service", 255}}), after["screens"].back());
+  EXPECT_EQ(18446744073709551615ull, after["recordings"].back().get<uint64_t>());
+  EXPECT_EQ(json({-2147483648, -1}), json({after["recorder_events"][0]["event"], after["recorder_events"][0]["result"]}));
+}
+
 TEST(Tvctl, FailsWithOneWhenTheDatabaseCannotBeUsed) {
   tvtest::TempTv tv;
   const std::string tvctl = simtest::Tvctl();

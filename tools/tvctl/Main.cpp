@@ -23,14 +23,17 @@ int BadUsage(const std::string& verb, const std::string& message) {
 
 int main(int argc, char** argv) {
   std::string db;
+  bool dbGiven = false;
   std::vector<std::string> args;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
-    if (arg == "--db") {
-      if (i + 1 >= argc) return BadUsage("", "--db needs a path");
-      db = argv[++i];
-    } else if (arg.rfind("--db=", 0) == 0) {
-      db = arg.substr(5);
+    if (arg == "--db" || arg.rfind("--db=", 0) == 0) {
+      // Two databases, or an empty path that would quietly mean the default one, are typos.
+      if (dbGiven) return BadUsage("", "--db given twice");
+      if (arg == "--db" && i + 1 >= argc) return BadUsage("", "--db needs a path");
+      db = arg == "--db" ? argv[++i] : arg.substr(5);
+      if (db.empty()) return BadUsage("", "--db needs a path");
+      dbGiven = true;
     } else {
       args.push_back(arg);
     }

@@ -1,8 +1,8 @@
 #include "Verbs.h"
 
-#include <cerrno>
+#include <algorithm>
+#include <charconv>
 #include <cstdint>
-#include <cstdlib>
 #include <map>
 #include <ostream>
 
@@ -27,13 +27,13 @@ const std::map<std::string, std::string>& Helps() {
        "(e.g. tv_mode calls); --scenario prints only the state, as a scenario that load takes back.\n"},
       {"set",
        "usage: tvctl set KEY VALUE\n"
-       "Sets a setting, system information or system setting; VALUE is read as the key's type\n"
-       "(int, true/false, string). Running applications are notified.\n"},
+       "Sets a setting, system information or system setting; VALUE is read as the key's type:\n"
+       "a 32-bit decimal integer, true or false, or UTF-8 text. Running applications are notified.\n"},
       {"reset", "usage: tvctl reset\nEmpties the TV: no services, no settings, no faults, no records.\n"},
       {"tune",
        "usage: tvctl tune ANTENNA SERVICE [--screen N]\n"
-       "Tunes screen N (default 0, the main screen) to the mode ANTENNA/SERVICE. Not recorded as the\n"
-       "application's tuning change.\n"},
+       "Tunes screen N (0..15, default 0, the main screen) to the mode ANTENNA/SERVICE (antenna -1..2,\n"
+       "service mode -1..255; -1 -1 is no mode). Not recorded as the application's tuning change.\n"},
       {"fault",
        "usage: tvctl fault add OP (--result N | --null | --no-table | --no-attribute ID) [--nth N] [--target T]\n"
        "       tvctl fault list\n"
@@ -42,7 +42,7 @@ const std::map<std::string, std::string>& Helps() {
        "calls for that target (screen, mode \"antenna/service\", service id, settings key, profile id).\n"},
       {"recording",
        "usage: tvctl recording start|stop SERVICE_ID\nStarts or stops a recording on a service.\n"},
-      {"playback", "usage: tvctl playback PLAYING\nSets the multimedia playback state (1 playing, 0 not).\n"},
+      {"playback", "usage: tvctl playback 0|1\nSets the multimedia playback state (1 playing, 0 not).\n"},
       {"recorder-event",
        "usage: tvctl recorder-event EVENT RESULT [WORD...]\n"
        "Sends a recorder event to the running applications' recorder callbacks: EVENT and RESULT are the\n"
@@ -53,19 +53,34 @@ const std::map<std::string, std::string>& Helps() {
   return helps;
 }
 
-long long Number(const std::string& verb, const std::string& text, const std::string& what) {
-  errno = 0;
-  char* end = nullptr;
-  const long long value = std::strtoll(text.c_str(), &end, 10);
-  if (text.empty() || *end != '\0' || errno != 0) throw Usage(verb, what + " \"" + text + "\" is not a number");
+// A decimal integer as people type it: an optional minus and digits, nothing
+// else (no spaces, plus signs or hex). Read at full width, so that a number too
+// big for what it stands for is refused rather than cut down to something else.
+int64_t Number(const std::string& verb, const std::string& text, const std::string& what) {
+  int64_t value = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error == std::errc::result_out_of_range) throw Usage(verb, what + " \"" + text + "\" is out of range");
+  if (text.empty() || error != std::errc() || stop != end) {
+    throw Usage(verb, what + " \"" + text + "\" is not a number");
+  }
+  return value;
+}
+
+int64_t Number(const std::string& verb, const std::string& text, const std::string& what, int64_t min, int64_t max) {
+  const int64_t value = Number(verb, text, what);
+  if (value < min || value > max) {
+    throw Usage(verb, what + " " + text + " is out of range " + std::to_string(min) + ".." + std::to_string(max));
+  }
   return value;
 }
 
 uint64_t ServiceId(const std::string& verb, const std::string& text) {
-  errno = 0;
-  char* end = nullptr;
-  const unsigned long long value = std::strtoull(text.c_str(), &end, 10);
-  if (text.empty() || text[0] == '-' || *end != '\0' || errno != 0) {
+  uint64_t value = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error == std::errc::result_out_of_range) throw Usage(verb, "service id \"" + text + "\" is past 2^64-1");
+  if (text.empty() || error != std::errc() || stop != end) {
     throw Usage(verb, "service id \"" + text + "\" is not a number");
   }
   return value;
@@ -73,8 +88,8 @@ uint64_t ServiceId(const std::string& verb, const std::string& text) {
 
 // A 32-bit word given signed or as its unsigned bits (e.g. half of a service id).
 int32_t Word(const std::string& verb, const std::string& text, const std::string& what) {
-  const long long value = Number(verb, text, what);
-  if (value < INT32_MIN || value > static_cast<long long>(UINT32_MAX)) {
+  const int64_t value = Number(verb, text, what);
+  if (value < INT32_MIN || value > static_cast<int64_t>(UINT32_MAX)) {
     throw Usage(verb, what + " \"" + text + "\" is not a 32-bit word");
   }
   return static_cast<int32_t>(static_cast<uint32_t>(value));
@@ -111,19 +126,21 @@ void Show(const std::vector<std::string>& args, tvsim::Control& control, std::os
 
 void Tune(const std::vector<std::string>& args, tvsim::Control& control) {
   std::vector<std::string> positional;
-  long long screen = 0;
+  int64_t screen = 0;
+  bool screenGiven = false;
   for (size_t i = 0; i < args.size(); ++i) {
     if (args[i] == "--screen") {
       if (i + 1 >= args.size()) throw Usage("tune", "--screen needs a number");
+      if (screenGiven) throw Usage("tune", "--screen given twice");
       screen = Number("tune", args[++i], "screen");
+      screenGiven = true;
     } else {
       positional.push_back(args[i]);
     }
   }
   Expect("tune", positional, 2, 2);
-  const long long antenna = Number("tune", positional[0], "antenna");
-  const long long service = Number("tune", positional[1], "service mode");
-  control.Tune(static_cast<int>(antenna), static_cast<int>(service), static_cast<int>(screen));
+  // Control checks the ranges, at full width.
+  control.Tune(Number("tune", positional[0], "antenna"), Number("tune", positional[1], "service mode"), screen);
 }
 
 void Fault(const std::vector<std::string>& args, tvsim::Control& control, std::ostream& out) {
@@ -131,19 +148,23 @@ void Fault(const std::vector<std::string>& args, tvsim::Control& control, std::o
   const std::string& action = args[0];
   if (action == "list") {
     Expect("fault", args, 1, 1);
-    out << control.ListFaults().dump(2) << "\n";
+    out << control.ListFaults().dump(2, ' ', false, json::error_handler_t::replace) << "\n";
   } else if (action == "clear") {
     Expect("fault", args, 1, 2);
     if (args.size() == 2) {
-      control.ClearFault(Number("fault", args[1], "fault id"));
+      control.ClearFault(Number("fault", args[1], "fault id", 1, INT64_MAX));
     } else {
       control.ClearFaults();
     }
   } else if (action == "add") {
     if (args.size() < 2) throw Usage("fault", "missing operation");
     json fault = {{"op", args[1]}};
+    std::vector<std::string> given;
     for (size_t i = 2; i < args.size(); ++i) {
       const std::string& flag = args[i];
+      // An option given twice is a typo either way: which of the two was meant?
+      if (std::find(given.begin(), given.end(), flag) != given.end()) throw Usage("fault", flag + " given twice");
+      given.push_back(flag);
       auto value = [&]() -> const std::string& {
         if (i + 1 >= args.size()) throw Usage("fault", flag + " needs a value");
         return args[++i];
@@ -221,7 +242,7 @@ void RunVerb(const std::string& verb, const std::vector<std::string>& args, cons
     control.SendRecorderEvent(Word(verb, args[0], "event"), Word(verb, args[1], "result"), words);
   } else if (verb == "playback") {
     Expect(verb, args, 1, 1);
-    control.SetPlaying(Number(verb, args[0], "playback state"));
+    control.SetPlaying(Number(verb, args[0], "playback state", 0, 1));
   } else {
     throw Usage("", "unknown verb \"" + verb + "\"");
   }
