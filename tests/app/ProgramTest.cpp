@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "Desktop.h"
 #include "TempTv.h"
@@ -36,9 +37,14 @@ bool LoggedFromPlatform(const tvtest::TempTv& tv, const std::string& text) {
 bool RowFocused(const std::string& probe, int row, std::streamoff from = 0) {
   std::ifstream in(probe);
   in.seekg(from);
+  // "frame TIME ROW SHOWN [TEXT]"
   std::string line;
   while (std::getline(in, line)) {
-    if (line.size() > 4 && line.compare(line.size() - 4, 4, " " + std::to_string(row) + " 1") == 0) return true;
+    std::istringstream fields(line);
+    std::string kind;
+    long long time = 0;
+    int focused = 0, shown = 0;
+    if (fields >> kind >> time >> focused >> shown && kind == "frame" && focused == row && shown == 1) return true;
   }
   return false;
 }

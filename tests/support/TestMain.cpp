@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <string>
 
 #include "Toolkit.h"
 
@@ -26,11 +28,20 @@ void FailOnErrorLines(const Eina_Log_Domain* domain, Eina_Log_Level level, const
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
   setenv("ELM_ENGINE", "buffer", 0);
+  // Until a test makes its own TV (tvtest::TempTv), the platform's set-up reads
+  // settings from a TV of the process's own, never the developer's default one.
+  char dir[] = "/tmp/tvtest-main-XXXXXX";
+  const bool ownTv = std::getenv("TVSIM_DB") == nullptr && mkdtemp(dir) != nullptr;
+  if (ownTv) {
+    setenv("TVSIM_DB", (std::string(dir) + "/tv.db").c_str(), 1);
+    setenv("TVSIM_LOG", (std::string(dir) + "/tv.log").c_str(), 1);
+  }
   tvsim::PrepareToolkitEnvironment();
   elm_init(argc, argv);
   eina_log_print_cb_set(FailOnErrorLines, nullptr);
   tvsim::AddPlatformTheme();
   const int result = RUN_ALL_TESTS();
+  if (ownTv) std::filesystem::remove_all(dir);
   if (elm_shutdown() != 0) {
     fprintf(stderr, "elm_shutdown did not balance elm_init\n");
     return result == 0 ? 1 : result;
