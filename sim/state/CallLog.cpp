@@ -81,7 +81,7 @@ void AppendCall(Store& store, const std::string& op, const json& args, const jso
   if (!state.hooked) {
     state.hooked = true;
     std::atexit(FlushCalls);
-    AddPlatformResetHook([] {  // before the connection closes
+    AddConnectionCloseHook([] {
       FlushCalls();
       State().store = nullptr;
     });

@@ -214,6 +214,15 @@ std::vector<Fault> ListFaults(Store& store) { return Read(store, std::nullopt); 
 std::optional<Fault> TakeFault(Store& store, const std::string& op, const std::vector<std::string>& targets) {
   // Most calls meet no fault at all: look before opening a write transaction.
   if (Read(store, op).empty()) return std::nullopt;
+  // A TV that may only be read keeps no counts: its faults fire as for the
+  // first matching call after they were set.
+  if (store.ReadOnly()) {
+    for (Fault& fault : Read(store, op)) {
+      if (fault.target && std::find(targets.begin(), targets.end(), *fault.target) == targets.end()) continue;
+      if (!fault.nth || *fault.nth == fault.calls + 1) return fault;
+    }
+    return std::nullopt;
+  }
   Store::Transaction transaction(store);
   std::optional<Fault> fired;
   for (Fault& fault : Read(store, op)) {

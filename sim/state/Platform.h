@@ -10,7 +10,9 @@
 namespace tvsim {
 
 // The platform's connection, or null (after one line on stderr) when the
-// database cannot be opened; the next call tries again.
+// database cannot be opened; the next call tries again. A database file
+// replaced meanwhile is opened anew; a deleted one answers null until a file is
+// back at its path (no empty TV is made in its place).
 Store* PlatformStore();
 
 // Closes the database and forgets in-process state (recorder registration and
@@ -19,6 +21,9 @@ void ReopenPlatform();
 
 // Called by ReopenPlatform, in registration order, before the database closes.
 void AddPlatformResetHook(std::function<void()> hook);
+// Called before the connection closes for any reason (ReopenPlatform, a file
+// replaced or deleted): for what holds on to the connection.
+void AddConnectionCloseHook(std::function<void()> hook);
 
 // True when Ecore is initialised, so that timers can be added for the main loop.
 bool EcoreRunning();

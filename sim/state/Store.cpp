@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 
@@ -125,38 +126,77 @@ std::optional<std::string> Statement::OptionalText(int column) const {
   return Text(column);
 }
 
+namespace {
+
+// "file:" URI of a path, for the open flags only URIs carry.
+std::string FileUri(const std::string& path, const char* query) {
+  static const char kHex[] = "0123456789ABCDEF";
+  std::string uri = "file:";
+  for (unsigned char c : path) {
+    if (std::isalnum(c) || c == '/' || c == '.' || c == '-' || c == '_' || c == '~') {
+      uri += static_cast<char>(c);
+    } else {
+      uri += '%';
+      uri += kHex[c >> 4];
+      uri += kHex[c & 15];
+    }
+  }
+  return uri + "?" + query;
+}
+
+}  // namespace
+
 Store::Store(const std::string& path) : m_path(path) {
   MakeParents(path);
-  const int rc = sqlite3_open_v2(path.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
-  if (rc != SQLITE_OK) {
-    const std::string message = m_db ? sqlite3_errmsg(m_db) : sqlite3_errstr(rc);
-    sqlite3_close(m_db);
-    m_db = nullptr;
-    throw StoreError("cannot open " + path + ": " + message);
-  }
+  Open(path.c_str(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
   try {
     // The application and tvctl write at the same time: wait for each other's locks.
     sqlite3_busy_timeout(m_db, 5000);
+    m_bReadOnly = sqlite3_db_readonly(m_db, "main") == 1;
     // Only reads until the file is known to be the TV's (or empty): changing the
-    // journal mode already writes to it.
-    NeedsSchema();
-    Exec("PRAGMA journal_mode=WAL");
+    // journal mode already writes to it. A TV's file is in WAL mode for good.
+    bool bEmpty = false;
+    try {
+      bEmpty = NeedsSchema();
+    } catch (const StoreError&) {
+      // A file we may only read, in a folder we may not write to: WAL's shared
+      // memory file cannot be made there, so read it as it lies.
+      if (sqlite3_errcode(m_db) != SQLITE_CANTOPEN) throw;
+      Close();
+      Open(FileUri(path, "immutable=1").c_str(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+      m_bReadOnly = true;
+      bEmpty = NeedsSchema();
+    }
+    if (bEmpty) {
+      if (m_bReadOnly) throw StoreError(m_path + ": an empty file that may only be read is no TV");
+      Exec("PRAGMA journal_mode=WAL");
+      Migrate();
+    }
     Exec("PRAGMA synchronous=NORMAL");
-    Migrate();
   } catch (...) {
-    // The cached statements first: a connection with live statements does not close.
-    for (auto& entry : m_statements) sqlite3_finalize(entry.second);
-    m_statements.clear();
-    sqlite3_close(m_db);
-    m_db = nullptr;
+    Close();
     throw;
   }
 }
 
-Store::~Store() {
-  for (auto& entry : m_statements) sqlite3_finalize(entry.second);
+void Store::Open(const char* name, int flags) {
+  const int rc = sqlite3_open_v2(name, &m_db, flags, nullptr);
+  if (rc == SQLITE_OK) return;
+  const std::string message = m_db ? sqlite3_errmsg(m_db) : sqlite3_errstr(rc);
   sqlite3_close(m_db);
+  m_db = nullptr;
+  throw StoreError("cannot open " + m_path + ": " + message);
 }
+
+void Store::Close() {
+  // The cached statements first: a connection with live statements does not close.
+  for (auto& entry : m_statements) sqlite3_finalize(entry.second);
+  m_statements.clear();
+  sqlite3_close(m_db);
+  m_db = nullptr;
+}
+
+Store::~Store() { Close(); }
 
 bool Store::NeedsSchema() {
   auto read = [&](const std::string& sql) {

@@ -70,6 +70,9 @@ class Store {
   Store& operator=(const Store&) = delete;
 
   const std::string& Path() const { return m_path; }
+  // Opened for reading only (the file or its folder may not be written to):
+  // every write fails with a StoreError naming the file.
+  bool ReadOnly() const { return m_bReadOnly; }
 
   // A cached prepared statement, reset and with its bindings cleared.
   Statement Prepare(const std::string& sql);
@@ -94,9 +97,12 @@ class Store {
   // Reads the mark and the schema; returns true for an empty file (to be made a TV).
   bool NeedsSchema();
   void Migrate();
+  void Open(const char* name, int flags);
+  void Close();
 
   std::string m_path;
   sqlite3* m_db = nullptr;
+  bool m_bReadOnly = false;
   std::map<std::string, sqlite3_stmt*> m_statements;
 };
 

@@ -133,3 +133,66 @@ TEST(StoreOwnership, EveryDatabaseErrorNamesTheFile) {
     EXPECT_NE(std::string::npos, err.find(row.problem)) << err;
   }
 }
+
+namespace {
+
+// chattr +i: not even root may write the file (or create files in the folder).
+struct Immutable {
+  explicit Immutable(const std::string& path) : path(path) {
+    ok = std::system(("chattr +i '" + path + "'").c_str()) == 0;
+  }
+  ~Immutable() { std::system(("chattr -i '" + path + "'").c_str()); }
+  std::string path;
+  bool ok = false;
+};
+
+TvMode MainMode() {
+  Navigator* navigator = nullptr;
+  TvMode mode;
+  if (ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &navigator) != 0 || navigator == nullptr) return mode;
+  navigator->GetTvMode(mode);
+  return mode;
+}
+
+}  // namespace
+
+// A TV that may only be read is read: by tvctl show and by the application's port
+// calls, whose call log cannot be written; writes fail and name the file.
+TEST(StoreOwnership, ATvThatMayOnlyBeReadIsReadAndRefusesWrites) {
+  const std::string tvctl = simtest::Tvctl();
+  for (bool folder : {false, true}) {
+    SCOPED_TRACE(folder ? "folder may not be written to" : "file may not be written to");
+    tvtest::TempTv tv;
+    tv.LoadFile("sample.json");
+    tvsim::ReopenPlatform();
+    Immutable locked(folder ? tv.Dir() : tv.DbPath());
+    ASSERT_TRUE(locked.ok) << "needs root and a file system with the immutable attribute (chattr)";
+    std::string out;
+    EXPECT_EQ(0, tv.Run(tvctl + " show tv_mode 2>&1", &out)) << out;
+    EXPECT_NE(std::string::npos, out.find("\"antenna\": 0")) << out;
+    EXPECT_EQ(1, tv.Run(tvctl + " tune 1 21 2>&1", &out));
+    EXPECT_EQ(0u, out.find("tvctl: " + tv.DbPath() + ": ")) << out;
+    EXPECT_EQ(TvMode(ANTENNA_MODE_0, static_cast<ServiceMode>(21)), MainMode());
+    Navigator* navigator = nullptr;
+    ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &navigator);
+    ASSERT_NE(nullptr, navigator);
+    EXPECT_NE(1, navigator->SetTvMode(TvMode(ANTENNA_MODE_1, static_cast<ServiceMode>(21)), ""));
+  }
+}
+
+// A TV file replaced while the application runs is opened anew; a deleted one
+// answers nothing and is not made again as an empty TV.
+TEST(StoreOwnership, AReplacedTvIsOpenedAnewAndADeletedOneIsNotRemade) {
+  tvtest::TempTv tv;
+  tv.LoadFile("sample.json");
+  tvsim::ReopenPlatform();
+  EXPECT_EQ(0, MainMode().antennaMode);
+  const std::string next = tv.Dir() + "/next.db";
+  ASSERT_EQ(0, tv.Run(simtest::Tvctl() + " --db " + next + " load " + TV_SOURCE_DIR + "/scenarios/sample.json"));
+  ASSERT_EQ(0, tv.Run(simtest::Tvctl() + " --db " + next + " tune 1 21"));
+  ASSERT_EQ(0, std::rename(next.c_str(), tv.DbPath().c_str()));
+  EXPECT_EQ(1, MainMode().antennaMode);  // the new file's mode
+  for (const char* suffix : {"", "-wal", "-shm"}) std::remove((tv.DbPath() + suffix).c_str());
+  EXPECT_EQ(-1, MainMode().antennaMode);
+  EXPECT_NE(0, access(tv.DbPath().c_str(), F_OK));
+}
