@@ -188,8 +188,8 @@ json NavigationModes(int64_t mask) {
 
 Scenario ParseScenario(const json& d) {
   jc::Object(d, "",
-             {"tv_mode", "screens", "antenna_names", "number_formats", "services", "service_ranges", "profiles",
-              "settings", "recordings", "playback", "recorder", "faults"});
+             {"tv_mode", "screens", "antenna_names", "number_formats", "mode_number_formats", "services",
+              "service_ranges", "profiles", "settings", "recordings", "playback", "recorder", "faults"});
   Scenario scenario;
   if (d.contains("tv_mode")) {
     scenario.tvMode = Mode(d["tv_mode"], "/tv_mode", -1);
@@ -234,6 +234,21 @@ Scenario ParseScenario(const json& d) {
       scenario.numberFormats[kind] = Utf8(item.value(), p);
     }
   }
+  std::set<std::tuple<int, int, int64_t>> formatted;
+  each("mode_number_formats", [&](const json& v, const std::string& p) {
+    jc::Object(v, p, {"antenna", "service", "kind", "format"}, {"antenna", "kind", "format"});
+    ModeNumberFormat format;
+    format.antenna = static_cast<int>(jc::Int(v["antenna"], jc::Child(p, "antenna"), 0, 2));
+    if (v.contains("service")) {
+      format.service = static_cast<int>(jc::Int(v["service"], jc::Child(p, "service"), 0, kMaxServiceMode));
+    }
+    format.kind = jc::Int(v["kind"], jc::Child(p, "kind"), INT32_MIN, INT32_MAX);
+    format.format = Utf8(v["format"], jc::Child(p, "format"));
+    if (!formatted.insert({format.antenna, format.service.value_or(-1), format.kind}).second) {
+      Refuse(p, "a second format for this mode and number kind");
+    }
+    scenario.modeNumberFormats.push_back(format);
+  });
   std::map<std::pair<int, int>, std::string> currents;
   each("services", [&](const json& v, const std::string& p) {
     scenario.services.push_back(ParseService(v, p));

@@ -41,12 +41,22 @@ struct ServiceRange {
   ServiceRow Row(int64_t index) const;
 };
 
+// A channel-number format for one tuning mode (or every service mode of an
+// antenna) and number kind; it wins over the kind's general format.
+struct ModeNumberFormat {
+  int antenna = 0;
+  std::optional<int> service;
+  int64_t kind = 0;
+  std::string format;
+};
+
 struct Scenario {
   TvMode tvMode;
   bool hasTvMode = false;
   std::vector<std::pair<int, TvMode>> screens;
   std::vector<AntennaName> antennaNames;
   std::map<int64_t, std::string> numberFormats;
+  std::vector<ModeNumberFormat> modeNumberFormats;
   std::vector<ServiceRow> services;
   std::vector<ServiceRange> ranges;
   std::vector<nlohmann::json> profiles;

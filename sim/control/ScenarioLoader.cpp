@@ -37,6 +37,14 @@ void Write(Store& store, const Scenario& scenario) {
   for (const auto& [kind, format] : scenario.numberFormats) {
     store.Prepare("INSERT INTO number_formats(kind, format) VALUES(?,?)").Bind(1, kind).Bind(2, format).Run();
   }
+  for (const ModeNumberFormat& format : scenario.modeNumberFormats) {
+    store.Prepare("INSERT INTO mode_number_formats(antenna, service, kind, format) VALUES(?,?,?,?)")
+        .Bind(1, format.antenna)
+        .BindOptional(2, format.service ? std::optional<int64_t>(*format.service) : std::nullopt)
+        .Bind(3, format.kind)
+        .Bind(4, format.format)
+        .Run();
+  }
   const std::string insertService =
       "INSERT INTO services(id, antenna, service, major, minor, kind, name, navigation, programme, current) "
       "VALUES(?,?,?,?,?,?,?,?,?,?)";
@@ -69,7 +77,7 @@ void Write(Store& store, const Scenario& scenario) {
 
 void ClearTv(Store& store) {
   store.Exec(
-      "DELETE FROM screens; DELETE FROM antenna_names; DELETE FROM number_formats; DELETE FROM services; "
+      "DELETE FROM screens; DELETE FROM antenna_names; DELETE FROM number_formats; DELETE FROM mode_number_formats; DELETE FROM services; "
       "DELETE FROM service_counts; "
       "DELETE FROM profiles; DELETE FROM settings; DELETE FROM recordings; DELETE FROM config; "
       "DELETE FROM faults; DELETE FROM sqlite_sequence WHERE name IN ('recordings', 'faults')");

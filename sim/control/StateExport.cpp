@@ -36,6 +36,15 @@ json ExportState(Store& store, bool asScenario) {
     formats[std::to_string(s.Int(0))] = s.Text(1);
   }
   out["number_formats"] = formats;
+  json modeFormats = json::array();
+  for (auto s = store.Prepare("SELECT antenna, service, kind, format FROM mode_number_formats "
+                              "ORDER BY antenna, service, kind");
+       s.Step();) {
+    json format = {{"antenna", s.Int(0)}, {"kind", s.Int(2)}, {"format", s.Text(3)}};
+    if (!s.IsNull(1)) format["service"] = s.Int(1);
+    modeFormats.push_back(format);
+  }
+  if (!modeFormats.empty()) out["mode_number_formats"] = modeFormats;
 
   json services = json::array();
   for (auto s = store.Prepare(

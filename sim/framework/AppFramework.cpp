@@ -18,6 +18,7 @@
 #include "Log.h"
 #include "FrameProbe.h"
 #include "Keys.h"
+#include "PortCall.h"
 #include "Language.h"
 #include "SettingsWatch.h"
 #include "SingleInstance.h"
@@ -436,8 +437,11 @@ extern "C" {
 
 int ui_app_main(int argc, char** argv, ui_app_lifecycle_callback_s* callback, void* user_data) {
   if (callback == nullptr || s_running != nullptr) return kErrorInvalidParameter;
-  Framework framework(*callback, user_data);
-  return framework.Run(argc, argv);
+  // A result fault ends the call at once with that error, before any callback.
+  return tvsim::RunPurePort<int>("ui_app_main", nlohmann::json::object(), {}, kErrorToolkit, [&](nlohmann::json&) {
+    Framework framework(*callback, user_data);
+    return framework.Run(argc, argv);
+  });
 }
 
 void ui_app_exit(void) {

@@ -38,6 +38,7 @@ const std::vector<OpInfo>& AllOps() {
       {"system_info_get_value_int", "key", true, false, false},
       {"system_info_get_custom_bool", "key", true, false, false},
       {"system_settings_get_value_int", "key", true, false, false},
+      {"ui_app_main", "", true, false, false},
   };
   return ops;
 }

@@ -52,8 +52,13 @@ std::string ChannelText::GetChannelNumberString(TvMode mode, int kind, uint16_t 
                {"minor", minor}};
   return tvsim::RunPort<std::string>("GetChannelNumberString", args, {tvsim::ModeTarget(mode)}, std::string(),
                                      [&](PortContext& c) {
-                                       auto s = c.store.Prepare("SELECT format FROM number_formats WHERE kind = ?");
-                                       s.Bind(1, kind);
+                                       // The mode's own format, then the antenna's, then the kind's.
+                                       auto s = c.store.Prepare(
+                                           "SELECT format, service IS NULL FROM mode_number_formats WHERE "
+                                           "kind = ?1 AND antenna = ?2 AND (service = ?3 OR service IS NULL) "
+                                           "UNION ALL SELECT format, 2 FROM number_formats WHERE kind = ?1 "
+                                           "ORDER BY 2 LIMIT 1");
+                                       s.Bind(1, kind).Bind(2, mode.antennaMode).Bind(3, mode.serviceMode);
                                        std::string format = s.Step() ? s.Text(0)
                                                             : minor == 0xFFFF ? "{major}"
                                                                               : "{major}-{minor}";

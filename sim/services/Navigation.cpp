@@ -122,7 +122,9 @@ Hub& GetHub() {
 
 int ServiceHub::OpenNavigator(ProfileKind profile, int index, Navigator** navigator) {
   return tvsim::RunPort<int>(
-      "OpenNavigator", {{"profile", profile}, {"index", index}}, {std::to_string(index)}, -1, [&](PortContext& c) {
+      "OpenNavigator", {{"profile", profile}, {"index", index}},
+      {std::to_string(index), profile == PROFILE_MAIN ? std::string("main") : "screen:" + std::to_string(index)}, -1,
+      [&](PortContext& c) {
         if (navigator == nullptr) return -1;
         int screen = -1;
         if (profile == PROFILE_MAIN && index == 0) screen = 0;

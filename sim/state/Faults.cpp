@@ -65,8 +65,15 @@ std::string Target(const OpInfo& op, const std::string& name, const json& value,
     int64_t screen = 0;
     if (Decimal<int64_t>(text, 0, 15, &screen)) return std::to_string(screen);
     if (name == "SetTvMode" && ModeText(text, &canonical)) return canonical;
+    // The navigator asked for: the main one, or the one opened for a screen.
+    if (name == "OpenNavigator" && text == "main") return text;
+    if (name == "OpenNavigator" && text.rfind("screen:", 0) == 0 && Decimal<int64_t>(text.substr(7), 0, 15, &screen)) {
+      return "screen:" + std::to_string(screen);
+    }
     Refuse(where, "\"" + text + "\" is no screen 0..15" +
-                      std::string(name == "SetTvMode" ? " and no mode \"antenna/service\"" : ""));
+                      std::string(name == "SetTvMode"       ? " and no mode \"antenna/service\""
+                                  : name == "OpenNavigator" ? ", \"main\" or \"screen:N\""
+                                                            : ""));
   }
   if (kind == "mode") {
     if (ModeText(text, &canonical)) return canonical;
@@ -108,7 +115,8 @@ std::string Target(const OpInfo& op, const std::string& name, const json& value,
 }  // namespace
 
 Fault ParseFault(const json& value, const std::string& pointer) {
-  jc::Object(value, pointer, {"op", "target", "nth", "result", "null", "no_table", "no_attribute"}, {"op"});
+  jc::Object(value, pointer, {"op", "target", "nth", "result", "keep_outputs", "null", "no_table", "no_attribute"},
+             {"op"});
   Fault fault;
   fault.op = jc::String(value["op"], jc::Child(pointer, "op"));
   const OpInfo* op = FindOp(fault.op);
@@ -148,6 +156,12 @@ Fault ParseFault(const json& value, const std::string& pointer) {
     fault.noAttribute = jc::Int(value["no_attribute"], where, 0, INT32_MAX);
     ++effects;
   }
+  if (value.contains("keep_outputs")) {
+    const std::string where = jc::Child(pointer, "keep_outputs");
+    if (!jc::Bool(value["keep_outputs"], where)) throw ScenarioError("", where, "\"keep_outputs\" must be true when present");
+    if (!fault.result) throw ScenarioError("", where, "\"keep_outputs\" goes with \"result\"");
+    fault.keepOutputs = true;
+  }
   if (effects != 1) {
     throw ScenarioError("", pointer, "a fault needs exactly one effect: result, null, no_table or no_attribute");
   }
@@ -159,6 +173,7 @@ json FaultToJson(const Fault& fault) {
   if (fault.target) out["target"] = *fault.target;
   if (fault.nth) out["nth"] = *fault.nth;
   if (fault.result) out["result"] = *fault.result;
+  if (fault.keepOutputs) out["keep_outputs"] = true;
   if (fault.null) out["null"] = true;
   if (fault.noTable) out["no_table"] = true;
   if (fault.noAttribute) out["no_attribute"] = *fault.noAttribute;
@@ -166,7 +181,7 @@ json FaultToJson(const Fault& fault) {
 }
 
 int64_t InsertFault(Store& store, const Fault& fault) {
-  store.Prepare("INSERT INTO faults(op, target, nth, result, is_null, no_table, no_attribute) VALUES(?,?,?,?,?,?,?)")
+  store.Prepare("INSERT INTO faults(op, target, nth, result, is_null, no_table, no_attribute, keep_outputs) VALUES(?,?,?,?,?,?,?,?)")
       .Bind(1, fault.op)
       .BindOptional(2, fault.target)
       .BindOptional(3, fault.nth)
@@ -174,6 +189,7 @@ int64_t InsertFault(Store& store, const Fault& fault) {
       .Bind(5, fault.null ? 1 : 0)
       .Bind(6, fault.noTable ? 1 : 0)
       .BindOptional(7, fault.noAttribute)
+      .Bind(8, fault.keepOutputs ? 1 : 0)
       .Run();
   auto last = store.Prepare("SELECT last_insert_rowid()");
   last.Step();
@@ -184,10 +200,10 @@ namespace {
 
 std::vector<Fault> Read(Store& store, const std::optional<std::string>& op) {
   auto select = op ? store.Prepare(
-                         "SELECT id, op, target, nth, result, is_null, no_table, no_attribute, calls FROM faults "
+                         "SELECT id, op, target, nth, result, is_null, no_table, no_attribute, calls, keep_outputs FROM faults "
                          "WHERE op = ? ORDER BY id")
                    : store.Prepare(
-                         "SELECT id, op, target, nth, result, is_null, no_table, no_attribute, calls FROM faults "
+                         "SELECT id, op, target, nth, result, is_null, no_table, no_attribute, calls, keep_outputs FROM faults "
                          "ORDER BY id");
   if (op) select.Bind(1, *op);
   std::vector<Fault> faults;
@@ -202,6 +218,7 @@ std::vector<Fault> Read(Store& store, const std::optional<std::string>& op) {
     fault.noTable = select.Int(6) != 0;
     fault.noAttribute = select.OptionalInt(7);
     fault.calls = select.Int(8);
+    fault.keepOutputs = select.Int(9) != 0;
     faults.push_back(fault);
   }
   return faults;

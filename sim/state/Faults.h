@@ -20,6 +20,7 @@ struct Fault {
   std::optional<int64_t> nth;         // absent: every matching call
   // The effect: exactly one of these.
   std::optional<int64_t> result;
+  bool keepOutputs = false;  // with result: the call runs as usual, then answers result
   bool null = false;
   bool noTable = false;
   std::optional<int64_t> noAttribute;

@@ -74,7 +74,10 @@ R RunPortCall(const char* op, const nlohmann::json& args, const std::vector<std:
         return PortContext{*store, fault, nullptr};
       }
     }();
-    R result = (fault && fault->result) ? FaultResult<R>(*fault->result) : body(context);
+    // A result fault answers for the call; with keep_outputs the call runs first.
+    const bool answered = fault && fault->result;
+    R result = (answered && !fault->keepOutputs) ? FaultResult<R>(*fault->result) : body(context);
+    if (answered && fault->keepOutputs) result = FaultResult<R>(*fault->result);
     if (fault) context.out["fault"] = fault->id;
     if (store) AppendCall(*store, op, args, ResultJson(result), context.out);
     return result;

@@ -10,13 +10,15 @@ namespace tvsim {
 
 namespace {
 
-// Schema version 2. Services are indexed by mode and navigation mask; the count
+// Schema version 3. Services are indexed by mode and navigation mask; the count
 // per mode comes from service_counts (one row per mode and navigation mask, kept
 // by the loader), so that it costs the same for ten services as for a million.
 const char* const kSchema = R"sql(
 CREATE TABLE screens(screen INTEGER PRIMARY KEY, antenna INTEGER NOT NULL, service INTEGER NOT NULL);
 CREATE TABLE antenna_names(antenna INTEGER NOT NULL, service INTEGER, name TEXT NOT NULL);
 CREATE TABLE number_formats(kind INTEGER PRIMARY KEY, format TEXT NOT NULL);
+CREATE TABLE mode_number_formats(antenna INTEGER NOT NULL, service INTEGER, kind INTEGER NOT NULL,
+  format TEXT NOT NULL);
 CREATE TABLE services(id INTEGER PRIMARY KEY, antenna INTEGER NOT NULL, service INTEGER NOT NULL,
   major INTEGER NOT NULL, minor INTEGER, kind INTEGER, name TEXT NOT NULL, navigation INTEGER NOT NULL,
   programme TEXT, current INTEGER NOT NULL DEFAULT 0);
@@ -30,7 +32,7 @@ CREATE TABLE recordings(position INTEGER PRIMARY KEY AUTOINCREMENT, service_id I
 CREATE TABLE config(key TEXT PRIMARY KEY, value INTEGER NOT NULL);
 CREATE TABLE faults(id INTEGER PRIMARY KEY AUTOINCREMENT, op TEXT NOT NULL, target TEXT, nth INTEGER,
   result INTEGER, is_null INTEGER NOT NULL DEFAULT 0, no_table INTEGER NOT NULL DEFAULT 0,
-  no_attribute INTEGER, calls INTEGER NOT NULL DEFAULT 0);
+  no_attribute INTEGER, calls INTEGER NOT NULL DEFAULT 0, keep_outputs INTEGER NOT NULL DEFAULT 0);
 CREATE INDEX faults_by_op ON faults(op);
 CREATE TABLE kpi_events(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pid INTEGER NOT NULL,
   status INTEGER NOT NULL, event TEXT NOT NULL, code TEXT NOT NULL, desc TEXT NOT NULL);
@@ -45,6 +47,15 @@ CREATE TABLE calls(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL, pi
 CREATE TABLE recorder_events(seq INTEGER PRIMARY KEY AUTOINCREMENT, time TEXT NOT NULL,
   event INTEGER NOT NULL, result INTEGER NOT NULL, data TEXT NOT NULL);
 )sql";
+
+// From version 2: number formats per tuning mode, and result faults that keep
+// the call's real outputs.
+const char* const kUpgradeFrom2 = R"sql(
+CREATE TABLE mode_number_formats(antenna INTEGER NOT NULL, service INTEGER, kind INTEGER NOT NULL,
+  format TEXT NOT NULL);
+ALTER TABLE faults ADD COLUMN keep_outputs INTEGER NOT NULL DEFAULT 0;
+)sql";
+const int kOldestUpgradable = 2;
 
 std::string Hex(int64_t value) {
   char text[24];
@@ -155,9 +166,9 @@ Store::Store(const std::string& path) : m_path(path) {
     m_bReadOnly = sqlite3_db_readonly(m_db, "main") == 1;
     // Only reads until the file is known to be the TV's (or empty): changing the
     // journal mode already writes to it. A TV's file is in WAL mode for good.
-    bool bEmpty = false;
+    int nVersion = 0;
     try {
-      bEmpty = NeedsSchema();
+      nVersion = SchemaVersion();
     } catch (const StoreError&) {
       // A file we may only read, in a folder we may not write to: WAL's shared
       // memory file cannot be made there, so read it as it lies.
@@ -165,11 +176,16 @@ Store::Store(const std::string& path) : m_path(path) {
       Close();
       Open(FileUri(path, "immutable=1").c_str(), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
       m_bReadOnly = true;
-      bEmpty = NeedsSchema();
+      nVersion = SchemaVersion();
     }
-    if (bEmpty) {
-      if (m_bReadOnly) throw StoreError(m_path + ": an empty file that may only be read is no TV");
-      Exec("PRAGMA journal_mode=WAL");
+    if (nVersion != kSchemaVersion) {
+      if (m_bReadOnly) {
+        throw StoreError(m_path + (nVersion == 0 ? ": an empty file that may only be read is no TV"
+                                                 : ": a TV of schema version " + std::to_string(nVersion) +
+                                                       " that may only be read cannot be brought to version " +
+                                                       std::to_string(kSchemaVersion)));
+      }
+      if (nVersion == 0) Exec("PRAGMA journal_mode=WAL");
       Migrate();
     }
     Exec("PRAGMA synchronous=NORMAL");
@@ -198,7 +214,7 @@ void Store::Close() {
 
 Store::~Store() { Close(); }
 
-bool Store::NeedsSchema() {
+int Store::SchemaVersion() {
   auto read = [&](const std::string& sql) {
     auto statement = Prepare(sql);
     statement.Step();
@@ -210,9 +226,10 @@ bool Store::NeedsSchema() {
   const int64_t version = read("PRAGMA user_version");
   const int64_t objects = read("SELECT COUNT(*) FROM sqlite_master");
   if (id == kApplicationId) {
-    if (version == kSchemaVersion) return false;
+    if (version >= kOldestUpgradable && version <= kSchemaVersion) return static_cast<int>(version);
     throw StoreError(m_path + ": a TV database of schema version " + std::to_string(version) +
-                     "; this build reads version " + std::to_string(kSchemaVersion));
+                     "; this build reads versions " + std::to_string(kOldestUpgradable) + " to " +
+                     std::to_string(kSchemaVersion));
   }
   if (id != 0) {
     throw StoreError(m_path + ": not a TV database (SQLite application_id " + Hex(id) + ", the TV's is " +
@@ -223,15 +240,20 @@ bool Store::NeedsSchema() {
                      "); refused, nothing written. Another program's database, or one made before the "
                      "mark: give the TV a file of its own");
   }
-  return true;
+  return 0;
 }
 
 void Store::Migrate() {
   Transaction transaction(*this);
-  // Again inside the write lock: another process may have made the TV meanwhile.
-  if (!NeedsSchema()) return;
-  Exec(kSchema);
-  Exec("PRAGMA application_id=" + std::to_string(kApplicationId));
+  // Again inside the write lock: another process may have done it meanwhile.
+  const int nVersion = SchemaVersion();
+  if (nVersion == kSchemaVersion) return;
+  if (nVersion == 0) {
+    Exec(kSchema);
+    Exec("PRAGMA application_id=" + std::to_string(kApplicationId));
+  } else {
+    Exec(kUpgradeFrom2);
+  }
   Exec("PRAGMA user_version=" + std::to_string(kSchemaVersion));
   transaction.Commit();
 }

@@ -58,12 +58,13 @@ class Store {
  public:
   // The mark of the TV's files: SQLite's application_id ("TVsm") and user_version.
   static constexpr int32_t kApplicationId = 0x5456736d;
-  static constexpr int kSchemaVersion = 2;
+  static constexpr int kSchemaVersion = 3;
 
-  // Opens (and creates, with its folder) the database at path. A file that has
-  // tables but not the TV's mark, or the mark of another schema version, is
-  // refused with StoreError before anything is written to it: the simulator
-  // never adopts another program's database.
+  // Opens (and creates, with its folder) the database at path; a TV's file of
+  // an older schema version is brought up to date. A file that has tables but
+  // not the TV's mark, or the mark of a schema version this build does not
+  // know, is refused with StoreError before anything is written to it: the
+  // simulator never adopts another program's database.
   explicit Store(const std::string& path);
   ~Store();
   Store(const Store&) = delete;
@@ -94,8 +95,9 @@ class Store {
   };
 
  private:
-  // Reads the mark and the schema; returns true for an empty file (to be made a TV).
-  bool NeedsSchema();
+  // Reads the mark and the schema version: 0 for an empty file (to be made a TV),
+  // the version of a TV's file this build can bring up to date; throws for any other file.
+  int SchemaVersion();
   void Migrate();
   void Open(const char* name, int flags);
   void Close();

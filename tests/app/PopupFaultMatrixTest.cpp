@@ -175,6 +175,13 @@ const std::vector<Row>& Rows() {
       // Not exactly 1: the list gives up, while the plain mode read takes it as success.
       {"GetTvMode answers 2", kSample, kLaunch, {{"op", "GetTvMode"}, {"result", 2}}, kNoList,
        {{"GetAntennaList", "Navigator::GetTvMode failed.", 2, 5}}},
+      // The same with the real mode: the list still wants exactly 1, the pick takes any positive answer.
+      {"GetTvMode answers 2 with the real mode", kSample, kLaunch,
+       {{"op", "GetTvMode"}, {"result", 2}, {"keep_outputs", true}}, kNoList,
+       {{"GetAntennaList", "Navigator::GetTvMode failed.", 2, 5}}},
+      // A count answered with 7 and the real count is a success: nothing changes.
+      {"GetServiceCount answers 7 with the real count", kSample, kLaunch,
+       {{"op", "GetServiceCount"}, {"result", 7}, {"keep_outputs", true}}, nullptr, {}},
       {"GetTvMode fails on the screen navigator", kSample, kLaunch,
        {{"op", "GetTvMode"}, {"result", -4}, {"nth", 2}}, nullptr,
        {{"m_IsSupportSatelliteAntenna", "get current tv mode Failed!!! ret = [-4]", 2, 5}}},

@@ -248,6 +248,17 @@ TEST_F(Shell, TheProgramEndsOnItsOwnAfterTheTimeOut) {
   EXPECT_EQ("end app_terminate", lifecycle.back());
 }
 
+// The framework's main call failing: its error is logged and is the exit status.
+TEST_F(Shell, AFailingFrameworkEndsTheProgramWithItsError) {
+  const std::string program = std::string(TV_BINARY_DIR) + "/antenna-selection";
+  tv.Load(SampleWithoutRecordings());
+  tv.AddFault({{"op", "ui_app_main"}, {"result", 5}});
+  EXPECT_EQ(5, tv.Run("ELM_ENGINE=buffer " + program + " 2>&1"));
+  EXPECT_TRUE(tv.Logged("main", "app_efl_main() is failed. err=5", 2, 5));
+  EXPECT_TRUE(Lifecycle(tv).empty());  // no callback ran
+  EXPECT_TRUE(tv.OnlyFaultFired());
+}
+
 TEST_F(Shell, LooksLikeATvPopupInEnglishAndArabic) {
   // Screenshots for people, at the scale the application is designed for.
   for (const char* language : {"en_US", "ar_AE"}) {

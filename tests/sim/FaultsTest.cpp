@@ -78,6 +78,33 @@ TEST(Faults, HitEveryCallTheNthMatchingCallOrOneTarget) {
                                  ServiceHub::OpenNavigator(PROFILE_SCREEN, 1, &one), one != nullptr};
        },
        {0, 1, 0, 0}},
+      {"the navigator opened for screen 0, not the main one", {{"op", "OpenNavigator"}, {"null", true}, {"target", "screen:0"}},
+       [] {
+         Navigator* main = nullptr;
+         Navigator* screen = reinterpret_cast<Navigator*>(0x1);
+         return std::vector<int>{ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &main), main != nullptr,
+                                 ServiceHub::OpenNavigator(PROFILE_SCREEN, 0, &screen), screen != nullptr};
+       },
+       {0, 1, 0, 0}},
+      {"the main navigator only", {{"op", "OpenNavigator"}, {"result", -4}, {"target", "main"}},
+       [] {
+         Navigator* navigator = nullptr;
+         return std::vector<int>{ServiceHub::OpenNavigator(PROFILE_SCREEN, 0, &navigator),
+                                 ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &navigator)};
+       },
+       {0, -4}},
+      // Any positive result is a success to some callers and exactly 1 to others.
+      {"a result with the real outputs", {{"op", "GetServiceCount"}, {"result", 7}, {"keep_outputs", true}},
+       [] {
+         ServiceQuery query;
+         NavigationQueries::GetNavigationCriteria(NAVIGATION_MODE_ALL, query, NAVIGATION_SORT_MODE_DEFAULT);
+         int count = -1;
+         TvMode mode;
+         const int result = Main()->GetServiceCount(query, count, TvMode(ANTENNA_MODE_SATELLITE, ServiceMode(3)), 0);
+         Main()->GetTvMode(mode);
+         return std::vector<int>{result, count, mode.antennaMode};
+       },
+       {7, 3, 0}},
       {"null profile service and KPI sink", {{"op", "ProfileServiceInstance"}, {"null", true}},
        [] {
          return std::vector<int>{CaProfileService::ProfileServiceInstance() != nullptr,
@@ -143,7 +170,7 @@ TEST(Faults, ATargetThatCannotMatchIsRefusedInScenariosAndTvctlAlike) {
   struct Row { const char* op; json target; const char* problem; } refused[] = {
       {"GetServiceCount", "3/21", "no mode"}, {"GetServiceCount", "2/256", "no mode"},
       {"GetChannelTypeString", "-2/0", "no mode"}, {"GetCurrentService", "2", "no mode"},
-      {"GetServiceCount", 25, "is text, not a number"}, {"OpenNavigator", "main", "no screen 0..15"},
+      {"GetServiceCount", 25, "is text, not a number"}, {"OpenNavigator", "screen:16", "no screen 0..15"},
       {"GetTvMode", 16, "no screen 0..15"}, {"SetTvMode", "1/x", "no mode"}, {"OpenNavigator", 1.5, "no screen"},
       {"FindService", "18446744073709551616", "no service id"}, {"GetServiceName", 0, "no service id"},
       {"rec_stop_recording", "0x700002", "no service id"}, {"GetPresentProgram", " 7340034", "no service id"},

@@ -70,7 +70,7 @@ TEST(StoreOwnership, AFileWithTablesButNotTheTvsMarkIsRefusedBeforeAnythingIsWri
          tv.Run(tvctl + " --db " + f + " reset");
          Sql(f, "PRAGMA user_version=7");
        },
-       "schema version 7; this build reads version 2"},
+       "schema version 7; this build reads versions 2 to 3"},
       {"a text file", [](const std::string& f) { std::ofstream(f) << std::string(200, 'x'); }, "file is not a database"},
   };
   for (const Row& row : rows) {
@@ -100,6 +100,15 @@ TEST(StoreOwnership, AFileWithTablesButNotTheTvsMarkIsRefusedBeforeAnythingIsWri
     EXPECT_EQ(tvsim::Store::kSchemaVersion, Pragma(file, "user_version"));
     EXPECT_TRUE(PortsOpen(file));
   }
+  // A TV of the previous schema version is brought up to date, its state kept.
+  const std::string older = tv.Dir() + "/older.db";
+  ASSERT_EQ(0, tv.Run(tvctl + " --db " + older + " load " + TV_SOURCE_DIR + "/scenarios/sample.json"));
+  Sql(older, "DROP TABLE mode_number_formats; ALTER TABLE faults DROP COLUMN keep_outputs; PRAGMA user_version=2");
+  std::string shown;
+  EXPECT_EQ(0, tv.Run(tvctl + " --db " + older + " show tv_mode services", &shown));
+  EXPECT_EQ(tvsim::Store::kSchemaVersion, Pragma(older, "user_version"));
+  EXPECT_EQ(19u, nlohmann::json::parse(shown)["services"].size());
+  EXPECT_EQ(0, tv.Run(tvctl + " --db " + older + " fault add GetServiceCount --result 7 --keep-outputs"));
   setenv("TVSIM_DB", tv.DbPath().c_str(), 1);
   tvsim::ReopenPlatform();
 }

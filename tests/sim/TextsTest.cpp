@@ -88,6 +88,21 @@ TEST(Texts, AntennaNamesAndChannelNumbersComeFromTheScenario) {
   EXPECT_EQ("101", ChannelText::GetChannelNumberString(air, 0, 101, 65535));
   EXPECT_EQ("12-3", ChannelText::GetChannelNumberString(air, 5, 12, 3));  // no format for kind 5
   EXPECT_EQ("12", ChannelText::GetChannelNumberString(air, 5, 12, 65535));
+
+  // A format for a tuning mode, or for every service mode of an antenna, wins over the kind's.
+  json scenario = simtest::ReadScenario("sample.json");
+  scenario["mode_number_formats"] = {{{"antenna", 0}, {"service", 21}, {"kind", 1}, {"format", "{major}.{minor}"}},
+                                     {{"antenna", 0}, {"kind", 1}, {"format", "A{major}"}},
+                                     {{"antenna", 2}, {"kind", 0}, {"format", "S{major}"}}};
+  tv.Load(scenario);
+  struct Number { int antenna, service, kind; const char* text; } numbers[] = {
+      {0, 21, 1, "7.1"}, {0, 22, 1, "A7"}, {1, 21, 1, "7-1"}, {2, 3, 0, "S7"}, {2, 3, 1, "7-1"}, {0, 21, 0, "7"}};
+  for (const Number& row : numbers) {
+    SCOPED_TRACE(std::to_string(row.antenna) + "/" + std::to_string(row.service) + " kind " + std::to_string(row.kind));
+    EXPECT_EQ(row.text, ChannelText::GetChannelNumberString(TvMode(AntennaMode(row.antenna), ServiceMode(row.service)),
+                                                            row.kind, 7, 1));
+  }
+  EXPECT_EQ(scenario["mode_number_formats"].size(), tv.Show()["mode_number_formats"].size());
 }
 
 TEST(Texts, CombineStringsFillsPlaceholdersAndNeverWritesPastTheSize) {

@@ -35,7 +35,8 @@ const std::map<std::string, std::string>& Helps() {
        "Tunes screen N (0..15, default 0, the main screen) to the mode ANTENNA/SERVICE (antenna -1..2,\n"
        "service mode -1..255; -1 -1 is no mode). Not recorded as the application's tuning change.\n"},
       {"fault",
-       "usage: tvctl fault add OP (--result N | --null | --no-table | --no-attribute ID) [--nth N] [--target T]\n"
+       "usage: tvctl fault add OP (--result N [--keep-outputs] | --null | --no-table | --no-attribute ID)\n"
+       "                          [--nth N] [--target T]\n"
        "       tvctl fault list\n"
        "       tvctl fault clear [ID]\n"
        "Adds, lists or clears injected faults. --nth N hits only the N-th matching call; --target T only\n"
@@ -171,6 +172,8 @@ void Fault(const std::vector<std::string>& args, tvsim::Control& control, std::o
       };
       if (flag == "--result") {
         fault["result"] = Number("fault", value(), "result");
+      } else if (flag == "--keep-outputs") {
+        fault["keep_outputs"] = true;
       } else if (flag == "--null") {
         fault["null"] = true;
       } else if (flag == "--no-table") {
