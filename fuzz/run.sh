@@ -22,18 +22,32 @@ cmake --build "$build" -j"$(nproc)" --target "${targets[@]/#/fuzz_}"
 
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
-failed=()
-for target in "${targets[@]}"; do
-  corpus=$build/corpus/$target
-  artifacts=$build/artifacts
+# One target per core at a time: each gets its full time, the whole run a
+# fraction of it.
+run_target() {
+  local target=$1 corpus=$build/corpus/$1 artifacts=$build/artifacts
   mkdir -p "$corpus" "$artifacts"
-  echo "fuzz: $target for ${seconds}s"
-  if ! "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -print_final_stats=1 \
-       -artifact_prefix="$artifacts/$target-" "$corpus" "$root/fuzz/corpus/$target" >"$build/fuzz-$target.log" 2>&1; then
-    failed+=("$target")
-    tail -40 "$build/fuzz-$target.log"
-  fi
-  grep -E '^(stat::number_of_executed_units|stat::new_units_added)' "$build/fuzz-$target.log" | sed "s/^/fuzz: $target /" || true
+  "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=4096 -print_final_stats=1 \
+    -artifact_prefix="$artifacts/$target-" "$corpus" "$root/fuzz/corpus/$target" >"$build/fuzz-$target.log" 2>&1
+}
+lanes=$(nproc)
+failed=()
+for ((i = 0; i < ${#targets[@]}; i += lanes)); do
+  batch=("${targets[@]:i:lanes}")
+  echo "fuzz: ${batch[*]} for ${seconds}s"
+  pids=()
+  for target in "${batch[@]}"; do
+    run_target "$target" &
+    pids+=($!)
+  done
+  for j in "${!batch[@]}"; do
+    target=${batch[$j]}
+    if ! wait "${pids[$j]}"; then
+      failed+=("$target")
+      tail -40 "$build/fuzz-$target.log"
+    fi
+    grep -E '^(stat::number_of_executed_units|stat::new_units_added)' "$build/fuzz-$target.log" | sed "s/^/fuzz: $target /" || true
+  done
 done
 if [ ${#failed[@]} -gt 0 ]; then
   echo "fuzz: FAILED: ${failed[*]} (inputs in $build/artifacts)"
