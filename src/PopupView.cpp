@@ -13,8 +13,6 @@ namespace {
 
 const double kEnlargedScale = 1.2;
 const double kNormalScale = 1.0;
-// Frames a popup waits, drawn transparent, for its row to take the focus.
-const int kMaxConcealedFrames = 3;
 
 }  // namespace
 
@@ -107,19 +105,11 @@ void CPopupView::t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Ev
     m_rowFocus.bListHooked = true;
   }
   m_TryRowFocus();
-  // The viewer's first look shows the row focused: until then the popup is drawn
-  // transparent, for a few frames at most.
-  if (m_rowFocus.bPending && pRow && m_pPopup && !m_rowFocus.bConcealed) {
-    evas_object_color_set(m_pPopup, 0, 0, 0, 0);
-    m_rowFocus.bConcealed = true;
-    m_HookRender();
-  }
 }
 
 void CPopupView::t_StopRowFocus() {
   if (m_rowFocus.pJob) ecore_job_del(m_rowFocus.pJob);
   m_UnhookRender();
-  m_Reveal();
   if (m_rowFocus.bWindowHooked && m_pWindow) {
     evas_object_smart_callback_del_full(m_pWindow, "focus,in", m_WindowFocusInCB, this);
   }
@@ -129,12 +119,6 @@ void CPopupView::t_StopRowFocus() {
   }
   m_ReleaseKeys();
   m_rowFocus = RowFocus();
-}
-
-void CPopupView::m_Reveal() {
-  if (!m_rowFocus.bConcealed) return;
-  m_rowFocus.bConcealed = false;
-  if (m_pPopup) evas_object_color_set(m_pPopup, 255, 255, 255, 255);
 }
 
 // Keys the viewer presses before the row has the focus wait for it: else a
@@ -207,7 +191,6 @@ void CPopupView::m_TryRowFocus() {
   if (elm_object_focused_item_get(focus.pGenlist) != focus.pRow) return;
   focus.bPending = false;
   focus.pLastRow = focus.pRow;
-  m_Reveal();
   m_ReleaseKeys();
 }
 
@@ -226,11 +209,7 @@ void CPopupView::m_UnhookRender() {
 void CPopupView::m_RenderPostCB(void* data, Evas*, void*) {
   auto* pThis = static_cast<CPopupView*>(data);
   if (pThis == nullptr) return;
-  RowFocus& focus = pThis->m_rowFocus;
-  // A window that does not get the focus soon shows its popup unfocused; the
-  // held keys still wait for the row.
-  if (focus.bConcealed && ++focus.nConcealedFrames >= kMaxConcealedFrames) pThis->m_Reveal();
-  if (!focus.bPending && !focus.bConcealed) pThis->m_UnhookRender();
+  pThis->m_UnhookRender();
   // Not from inside the render: a job after it.
   pThis->m_QueueRowFocus();
 }

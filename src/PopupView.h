@@ -34,10 +34,9 @@ class CPopupView : public CView {
   // Puts the input focus on a row of a list in this popup as soon as the
   // toolkit takes it: at once when the window has the focus and the row is in
   // the list's focus order, else when the window gets the focus or the row gets
-  // there. (Focusing a row earlier is refused or lost.) Until then the popup is
-  // drawn transparent (a few frames at most), and keys (held from t_Create on)
-  // are replayed in order once the row has the focus, so that the viewer's
-  // first Down moves from this row. Without a row the list gets the focus, or, when the list is
+  // there. (Focusing a row earlier is refused or lost.) Keys (held from
+  // t_Create on) are replayed in order once the row has the focus, so that the
+  // viewer's first Down moves from this row. Without a row the list gets the focus, or, when the list is
   // empty, `pFallback`. Later, a window that gets the focus back gives the
   // list's row focus back too.
   void t_FocusRowSoon(Evas_Object* pGenlist, Elm_Object_Item* pRow, Evas_Object* pFallback, RowFocusCb pfnBefore,
@@ -60,8 +59,6 @@ class CPopupView : public CView {
     bool bListHooked = false;
     bool bRenderHooked = false;
     bool bFocusAsked = false;
-    bool bConcealed = false;
-    int nConcealedFrames = 0;
     Ecore_Job* pJob = nullptr;
     Ecore_Event_Handler* pKeyDownHold = nullptr;
     Ecore_Event_Handler* pKeyUpHold = nullptr;
@@ -76,7 +73,6 @@ class CPopupView : public CView {
   void m_TryRowFocus();
   bool m_IsRealized(Elm_Object_Item* pRow) const;
   void m_QueueRowFocus();
-  void m_Reveal();
   void m_HoldKeys();
   void m_ReleaseKeys();
   void m_HookRender();

@@ -103,6 +103,7 @@ class Framework {
   Ecore_Event_Handler* m_mapHandler = nullptr;
   Ecore_Event_Handler* m_hangupHandler = nullptr;
   int m_result = kErrorNone;
+  bool m_bDisplayHeld = false;  // this run holds a reference to Ecore's X connection
   Ecore_Idle_Enterer* m_idle = nullptr;
   Ecore_Job* m_launchJob = nullptr;
   Ecore_Job* m_updateJob = nullptr;
@@ -159,6 +160,7 @@ int Framework::Run(int argc, char** argv) {
   StopWatching();
   s_running = nullptr;
   tvsim::FlushCalls();  // while the toolkit's idlers still exist
+  if (m_bDisplayHeld) ecore_x_shutdown();  // before the toolkit's own, while Ecore lives
   elm_shutdown();
   return result;
 }
@@ -177,12 +179,12 @@ bool Framework::DisplayOpens() {
     EndWithoutWindow("DISPLAY is not set");
     return false;
   }
-  const int count = ecore_x_init(display);
-  if (count <= 0) {
+  // Kept open: the toolkit's windows then use this connection instead of making another.
+  if (ecore_x_init(display) <= 0) {
     EndWithoutWindow(std::string("display \"") + display + "\" cannot be opened (no X server there)");
     return false;
   }
-  ecore_x_shutdown();
+  m_bDisplayHeld = true;
   return true;
 }
 
