@@ -66,6 +66,7 @@ R RunPortCall(const char* op, const nlohmann::json& args, const std::vector<std:
   try {
     Store* store = PlatformStore();
     if (store == nullptr && !kPure) return failure;
+    if (store) store->HoldReadsForPass();
     const std::optional<Fault> fault = store ? TakeFault(*store, op, targets) : std::nullopt;
     auto context = [&] {
       if constexpr (kPure) {

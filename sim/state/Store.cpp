@@ -1,5 +1,7 @@
 #include "Store.h"
 
+#include <Ecore.h>
+
 #include <sys/stat.h>
 
 #include <cctype>
@@ -212,7 +214,10 @@ void Store::Close() {
   m_db = nullptr;
 }
 
-Store::~Store() { Close(); }
+Store::~Store() {
+  if (m_pPassEnd != nullptr && ecore_main_loop_nested_get() > 0) ecore_idle_enterer_del(m_pPassEnd);
+  Close();
+}
 
 int Store::SchemaVersion() {
   auto read = [&](const std::string& sql) {
@@ -287,7 +292,31 @@ int64_t Store::DataVersion() {
   return version;
 }
 
-Store::Transaction::Transaction(Store& store) : m_store(store) { m_store.Exec("BEGIN IMMEDIATE"); }
+void Store::HoldReadsForPass() {
+  if (m_bPassRead || ecore_main_loop_nested_get() == 0) return;
+  // A read that cannot be held this way is simply not held.
+  if (sqlite3_exec(m_db, "BEGIN", nullptr, nullptr, nullptr) != SQLITE_OK) return;
+  m_bPassRead = true;
+  if (m_pPassEnd == nullptr) m_pPassEnd = ecore_idle_enterer_add(OnPassEnd, this);
+}
+
+void Store::EndPassRead() {
+  if (!m_bPassRead) return;
+  m_bPassRead = false;
+  sqlite3_exec(m_db, "COMMIT", nullptr, nullptr, nullptr);  // a read: nothing to fail
+}
+
+Eina_Bool Store::OnPassEnd(void* data) {
+  auto* self = static_cast<Store*>(data);
+  self->m_pPassEnd = nullptr;
+  self->EndPassRead();
+  return ECORE_CALLBACK_CANCEL;
+}
+
+Store::Transaction::Transaction(Store& store) : m_store(store) {
+  m_store.EndPassRead();  // a write starts from the newest state
+  m_store.Exec("BEGIN IMMEDIATE");
+}
 
 Store::Transaction::~Transaction() {
   if (!m_bDone) sqlite3_exec(m_store.m_db, "ROLLBACK", nullptr, nullptr, nullptr);

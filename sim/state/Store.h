@@ -2,6 +2,7 @@
 // running application and tvctl. Every change runs in a transaction.
 #pragma once
 
+#include <Ecore.h>
 #include <sqlite3.h>
 
 #include <cstdint>
@@ -82,6 +83,11 @@ class Store {
   // PRAGMA data_version: moves when another connection commits.
   int64_t DataVersion();
 
+  // Inside a pass of the main loop: the reads until the loop goes idle share one
+  // read transaction (one snapshot, one lock) instead of one each; a write
+  // transaction ends it first. Outside the loop: nothing.
+  void HoldReadsForPass();
+
   // One write transaction; rolls back unless Commit() was called.
   class Transaction {
    public:
@@ -101,10 +107,14 @@ class Store {
   void Migrate();
   void Open(const char* name, int flags);
   void Close();
+  void EndPassRead();
+  static Eina_Bool OnPassEnd(void* data);
 
   std::string m_path;
   sqlite3* m_db = nullptr;
   bool m_bReadOnly = false;
+  bool m_bPassRead = false;
+  Ecore_Idle_Enterer* m_pPassEnd = nullptr;
   std::map<std::string, sqlite3_stmt*> m_statements;
 };
 
