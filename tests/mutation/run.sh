@@ -393,3 +393,9 @@ const double kEnlargedScale = 1.3;
 ---
   ClearTv(store);
   Store::Transaction transaction(store);
+=== 66 src/StopRecordingPopupView.cpp : a recording's service name read before its channel number
+  const std::string strNumber = Util::GetServiceNumberString(&data);
+  const std::string strName = Util::GetServiceName(&data);
+---
+  const std::string strName = Util::GetServiceName(&data);
+  const std::string strNumber = Util::GetServiceNumberString(&data);
