@@ -89,17 +89,6 @@ bool Settled(const tvtest::TempTv& tv) {
   return elm_object_focus_get(list);
 }
 
-// The list of the shown stop-recording popup, or null.
-Evas_Object* ShownStopList() {
-  for (Evas_Object* popup : tvtest::FindWidgets(Util::GetWindow(), "Elm_Popup")) {
-    Evas_Object* layout = elm_object_content_get(popup);
-    if (!layout || strcmp(elm_object_widget_type_get(layout), "Elm_Layout") != 0) continue;
-    Evas_Object* list = elm_object_part_content_get(layout, "item.area");
-    if (evas_object_visible_get(popup) && list) return list;
-  }
-  return nullptr;
-}
-
 // Launches the application on `tv`, picks the row below the focused one,
 // agrees to any question, and ends it; returns what the TV saw. `pickFault`
 // is armed once the list is on screen.
@@ -117,10 +106,10 @@ json RunFlow(tvtest::TempTv& tv, const json& pickFault = nullptr) {
   if (!pickFault.is_null()) tv.AddFault(pickFault);
   tvtest::PressKey(window, "Down");
   tvtest::PressKey(window, "Return");
-  json got = {{"asked", tvtest::ShownBox() != nullptr}, {"chose", ShownStopList() != nullptr}, {"requests", json::array()}};
+  json got = {{"asked", tvtest::ShownBox() != nullptr}, {"chose", tvtest::ShownStopList() != nullptr}, {"requests", json::array()}};
   if (got["chose"]) {
     // The first item (stop the first recording) takes the focus.
-    EXPECT_TRUE(tvtest::PumpUntil([] { return ShownStopList() && elm_object_focused_item_get(ShownStopList()); }, 3.0));
+    EXPECT_TRUE(tvtest::PumpUntil([] { return tvtest::ShownStopList() && elm_object_focused_item_get(tvtest::ShownStopList()); }, 3.0));
     tvtest::PressKey(window, "Return");
   }
   if (got["asked"]) {
@@ -419,7 +408,7 @@ TEST_F(LiveSettings, FocusZoomAndMirroringFollowTvctlAndTheListStaysAsBuilt) {
              built = tvtest::ShownList();
              set("db/menu/system/accessibility/focuszoom", "1");
            }},
-          {"zoomed", [] { return elm_object_scale_get(tvtest::ShownList()) > 1.1; },
+          {"zoomed", [] { return elm_object_scale_get(tvtest::ShownList()) == 1.2; },
            [&] { set("db/menu/system/language", "ar_AE"); }},
           // Mirrored, the same popup with its English texts, still zoomed.
           {"mirrored",

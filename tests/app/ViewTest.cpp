@@ -1,20 +1,15 @@
-// The view base classes: the inactivity time-out of every view, and the popup
-// view's toolkit popup in the application window with its focus-zoom scale.
+// The view base class: the inactivity time-out of every view. The popups' own
+// time-outs are pinned at their boundaries by the tours.
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <vector>
 
-#include "PopupView.h"
-#include "TempTv.h"
 #include "TimeScale.h"
 #include "UiDriver.h"
-#include "Util.h"
 #include "View.h"
 
 namespace {
-
-const char kFocusZoomKey[] = "db/menu/system/accessibility/focuszoom";
 
 // A view with a chosen period that counts what happens to it.
 class CountingView : public CView {
@@ -118,75 +113,6 @@ TEST_F(View, TimesOutRepeatedlyWhileShownUntilHiddenPausedBusyOrDestroyed) {
   EXPECT_EQ(std::vector<int>({1, 1, 1, 1}),
             std::vector<int>({paused.nPauses, paused.nResumes, idle.nPauses, idle.nResumes}));
   for (CountingView* view : {&zero, &negative, &hidden, &once, &thrice, &busy, &paused}) view->Destroy();
-}
-
-// A popup view that lets the test see its popup.
-class TestPopup : public CPopupView {
- public:
-  int nUpdates = 0;
-  Evas_Object* Popup() const { return m_pPopup; }
-  Evas_Object* Window() const { return m_pWindow; }
-  void Update() override {
-    CPopupView::Update();
-    ++nUpdates;
-  }
-};
-
-TEST(PopupView, ShowsAndHidesOnePopupInTheApplicationWindowUntilEitherGoes) {
-  tvtest::TempTv tv;
-  TestPopup view;
-  view.Create();
-  ASSERT_NE(nullptr, view.Popup());
-  EXPECT_EQ(Util::GetWindow(), view.Window());
-  EXPECT_EQ(Util::GetWindow(), elm_object_parent_widget_get(view.Popup()));
-  EXPECT_STREQ("Elm_Popup", elm_object_widget_type_get(view.Popup()));
-  EXPECT_EQ(1, view.nUpdates);  // Create refreshes through the subclass too
-  Evas_Object* popup = view.Popup();
-  view.Show();
-  EXPECT_TRUE(evas_object_visible_get(popup));
-  view.Hide();
-  EXPECT_FALSE(evas_object_visible_get(popup));
-  view.Show();
-  EXPECT_EQ(popup, view.Popup());
-  EXPECT_TRUE(evas_object_visible_get(popup));
-  bool gone = false;
-  evas_object_event_callback_add(
-      popup, EVAS_CALLBACK_DEL, [](void* data, Evas*, Evas_Object*, void*) { *static_cast<bool*>(data) = true; },
-      &gone);
-  view.Destroy();
-  EXPECT_TRUE(gone);
-  EXPECT_EQ(nullptr, view.Popup());
-  // A popup taken down with its window is forgotten; the next GetWindow() makes a new window.
-  view.Create();
-  view.Show();
-  evas_object_del(view.Window());
-  EXPECT_EQ(nullptr, view.Popup());
-  view.Update();
-  view.Hide();
-  view.Destroy();
-  EXPECT_NE(nullptr, Util::GetWindow());
-}
-
-TEST(PopupView, FocusZoomScalesThePopupOnly) {
-  // value null: the key is missing
-  struct Row { nlohmann::json value; double scale; } rows[] = {{1, 1.2}, {7, 1.2}, {0, 1.0}, {-3, 1.0}, {nullptr, 1.0}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.value.dump());
-    tvtest::TempTv tv;
-    nlohmann::json settings = nlohmann::json::object();
-    if (!row.value.is_null()) settings[kFocusZoomKey] = row.value;
-    tv.Load({{"settings", settings}});
-    TestPopup view;
-    view.Create();
-    EXPECT_DOUBLE_EQ(row.scale, elm_object_scale_get(view.Popup()));
-    EXPECT_DOUBLE_EQ(1.0, elm_object_scale_get(view.Window()));
-    EXPECT_TRUE(tv.Logged("Update", row.scale > 1.0 ? "enlarge on" : "enlarge off", 0, 5));
-    // Changed while the popup exists: Update applies the new value.
-    tv.Set(kFocusZoomKey, row.scale > 1.0 ? "0" : "2");
-    view.Update();
-    EXPECT_DOUBLE_EQ(row.scale > 1.0 ? 1.0 : 1.2, elm_object_scale_get(view.Popup()));
-    view.Destroy();
-  }
 }
 
 }  // namespace
