@@ -145,24 +145,3 @@ TEST_F(MessageBoxTest, TheOwnerMayDeleteTheBoxFromInsideItsCallbacks) {
     EXPECT_EQ(2u, m_owner.told.size());
   }
 }
-
-TEST_F(MessageBoxTest, ReportsEachShowAndHideButTearsDownSilently) {
-  MessageBox* box = Show(10);
-  box->Show();
-  box->Hide();
-  box->Hide();
-  EXPECT_FALSE(evas_object_visible_get(tvtest::FindWidget(m_win, "Elm_Popup")));
-  box->Show();
-  EXPECT_TRUE(tvtest::PumpUntil([&] { return FocusedText() == "Cancel"; }));  // focus is back on show
-  box->Destroy();
-  box->Destroy();
-  EXPECT_FALSE(box->IsVisible());
-  EXPECT_EQ((std::vector<std::string>{"shown", "hidden", "shown"}), m_owner.told);
-  // Made again in a window that goes away before the box does.
-  EXPECT_TRUE(box->Create(m_win, 2, TimedWidget::BG_COLOR_WHITE, 0, false));
-  box->Show();
-  evas_object_del(m_win);
-  m_win = elm_win_add(nullptr, "message-box-test", ELM_WIN_BASIC);
-  EXPECT_FALSE(box->IsVisible());
-  EXPECT_EQ(4u, m_owner.told.size());
-}
