@@ -61,26 +61,6 @@ Evas_Object* GenlistOf(Evas_Object* popup) {
 std::string FocusedRow() { return FocusedRowText(GenlistOf(ShownList())); }
 std::vector<std::string> ShownRows() { return RowTexts(GenlistOf(ShownList())); }
 
-Viewer::Viewer(std::vector<Step> steps, double seconds)
-    : m_steps(std::move(steps)),
-      m_deadline(ecore_time_get() + seconds),
-      m_pTimer(ecore_timer_loop_add(0.01, m_Tick, this)) {}
-
-Viewer::~Viewer() { ecore_timer_del(m_pTimer); }
-
-std::string Viewer::Waiting() const { return m_next < m_steps.size() ? m_steps[m_next].name : ""; }
-
-Eina_Bool Viewer::m_Tick(void* data) {
-  auto* self = static_cast<Viewer*>(data);
-  if (self->m_next < self->m_steps.size() && self->m_steps[self->m_next].ready()) {
-    self->m_steps[self->m_next++].act();
-  } else if (ecore_time_get() > self->m_deadline && !self->m_bEnded) {
-    self->m_bEnded = true;
-    ui_app_exit();
-  }
-  return ECORE_CALLBACK_RENEW;
-}
-
 void PopupTest::SetUp() {
   tvsim::ResetExitRequests();
   // The sizes the application runs with (the framework's toolkit scale, the

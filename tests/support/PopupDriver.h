@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -35,32 +34,6 @@ Evas_Object* GenlistOf(Evas_Object* popup);
 // The focused row's text of the shown antenna popup; "" for none.
 std::string FocusedRow();
 std::vector<std::string> ShownRows();
-
-// Steps run on the main loop while the application's main() runs its own loop,
-// each once its condition holds (a step must not run a loop of its own). Past
-// the deadline it ends the application with ui_app_exit().
-class Viewer {
- public:
-  struct Step {
-    const char* name;
-    std::function<bool()> ready;
-    std::function<void()> act;
-  };
-  Viewer(std::vector<Step> steps, double seconds);
-  ~Viewer();
-  Viewer(const Viewer&) = delete;
-  Viewer& operator=(const Viewer&) = delete;
-  // The first step not taken, or "" when all were.
-  std::string Waiting() const;
-
- private:
-  static Eina_Bool m_Tick(void* data);
-  std::vector<Step> m_steps;
-  size_t m_next = 0;
-  double m_deadline;
-  bool m_bEnded = false;
-  Ecore_Timer* m_pTimer;
-};
 
 class PopupTest : public ::testing::Test {
  protected:
