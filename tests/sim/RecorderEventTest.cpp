@@ -1,7 +1,7 @@
 // Recorder events sent from outside (tvctl recorder-event, Control): they reach
 // the callback registered at the time, on the main loop, each once per process;
 // nothing sent before the registration or after the unregistration arrives, and
-// a process moved to another database hears that database's events.
+// a stop is reported on the loop, after the call.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -86,4 +86,23 @@ TEST(RecorderEvent, NothingSentBeforeRegistrationOrAfterItEndsArrives) {
     rec_unregister_to_other_apps_cb(OnEventToo);
     // The next row's new database numbers its events from 1 again.
   }
+}
+
+// The recorder's own report of a stop: on the loop after rec_stop_recording
+// returned, with the scenario's event and result and the stopped id.
+TEST(RecorderEvent, AStopIsReportedOnTheLoopAfterTheCall) {
+  tvtest::TempTv tv;
+  nlohmann::json scenario = simtest::ReadScenario("two-recordings.json");
+  scenario["recorder"] = {{"stop_report", {{"delay_ms", 0}, {"event", 1}, {"result", 0}}}};
+  tv.Load(scenario);
+  Heard heard;
+  rec_service_init();
+  ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEvent, &heard));
+  ASSERT_EQ(0, rec_stop_recording(8388610, 1, "org.norix.epg"));
+  EXPECT_TRUE(heard.events.empty());  // not inside the call
+  ASSERT_TRUE(simtest::PumpUntil([&] { return !heard.events.empty(); }, 10.0));
+  EXPECT_EQ(std::vector<int>({1, 0, 8388610}),
+            std::vector<int>({heard.events[0].event, heard.events[0].result, heard.events[0].data[0]}));
+  rec_unregister_to_other_apps_cb(OnEvent);
+  rec_service_destroy();
 }
