@@ -9,6 +9,7 @@
 
 #include "AntennaSelectionPopup.h"
 #include "AppFramework.h"
+#include "Control.h"
 #include "Language.h"
 #include "PopupDriver.h"
 #include "Trace.h"
@@ -273,6 +274,16 @@ TEST_F(ChangeFlow, OnlyTheAwaitedReportOfAStoppedRecordingSwitches) {
     EXPECT_TRUE(SwitchedTo(1, 21));
     EXPECT_EQ(1, tvsim::ExitRequests());
   }
+}
+
+// The recorder lists two ids at most: recordings started while the question
+// was on screen beyond those are not read past the list's end.
+TEST_F(ChangeFlow, AgreeingStopsAtMostTheTwoListedRecordings) {
+  PickCable(OneRecording());
+  for (uint64_t id : {kOnCable, uint64_t{9502721}}) tvsim::Control(tv.DbPath()).StartRecording(id);
+  Press({"Left", "Return"});
+  ASSERT_TRUE(tvtest::PumpUntil([&] { return Exited(); }));
+  EXPECT_EQ(std::vector<uint64_t>({kOnAir, kOnCable}), Stopped());
 }
 
 // Two recordings: the popup that asks which one to stop.
