@@ -252,13 +252,11 @@ const int kTimeOutSeconds = 20;
 const int kMsgBoxTimeOutSeconds = 10;
 ---
 const int kMsgBoxTimeOutSeconds = 15;
-=== 33 sim/framework/MessageBox.cpp : a focus move in the message box does not restart its time-out
-    auto* self = static_cast<Impl*>(data);
-    if (self->owner->IsVisible()) self->owner->t_StartTimer();
-  }
+=== 33 sim/framework/MessageBoxTimedWidget.cpp : a restarted message box keeps counting from its first start
+    ecore_timer_interval_set(state->timer, period);
+    ecore_timer_reset(state->timer);
 ---
-    auto* self = static_cast<Impl*>(data);
-  }
+    ecore_timer_interval_set(state->timer, period);
 === 34 src/StopRecordingPopupView.cpp : stop-recording popup times out after 20 s
 const int kTimeOutSeconds = 30;
 ---
