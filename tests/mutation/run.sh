@@ -158,12 +158,10 @@ s_bPvrSupportRead = false;
         tuners = 1;
 ---
         tuners = 2;
-=== 12 src/Util.cpp : missing channel number attribute defaults to 0, not 65535
-GetUint16() : 65535;
-  value = table->GetAttribute(ATTR_MINOR_NUMBER);
+=== 12 src/Util.cpp : a missing minor number defaults to 0, not 65535
+  const uint16_t minor = value ? value->GetUint16() : 65535;
 ---
-GetUint16() : 0;
-  value = table->GetAttribute(ATTR_MINOR_NUMBER);
+  const uint16_t minor = value ? value->GetUint16() : 0;
 === 13 src/Util.cpp : an operator profile already listed is added again
 if (!Contains(list, profile.tvMode) && 
 ---
