@@ -99,28 +99,4 @@ TEST(AppFrameworkInstance, StartingBesideARunningApplicationRunsNoCallbackAndThe
   EXPECT_EQ(again.events, (Events{"create", "app_control", "resume", "terminate"}));
 }
 
-TEST(AppFrameworkInstance, AnApplicationWithoutAWindowLeavesTheTvToTheNextStart) {
-  tvtest::TempTv tv;
-  TestApp app;
-  std::unique_ptr<TinyApp> second;
-  app.onResume = [&] { simtest::Later([&] { evas_object_del(std::exchange(app.window, nullptr)); }); };
-  // Unlike the product, this application stays after losing its window; a start
-  // now must not hand its launch request to it.
-  app.onPause = [&] {
-    second = std::make_unique<TinyApp>(tv);
-    ecore_timer_loop_add(0.01, [](void* data) -> Eina_Bool {
-      auto& started = *static_cast<std::unique_ptr<TinyApp>*>(data);
-      if (started->Count("resume") == 0 && !started->exited) return ECORE_CALLBACK_RENEW;
-      ui_app_exit();
-      return ECORE_CALLBACK_CANCEL;
-    }, &second);
-  };
-  EXPECT_EQ(app.Run(), 0);
-  ASSERT_TRUE(second);
-  EXPECT_EQ(second->Count("resume"), 1);  // it became the TV's application itself
-  second->Terminate();
-  ASSERT_TRUE(PumpUntil([&] { return second->exited; }, 30));
-  EXPECT_EQ(second->lines, (Events{"create", "app_control", "resume", "terminate", "result 0"}));
-}
-
 }  // namespace

@@ -2,16 +2,12 @@
 // effect an operation can take; the call log records what happened.
 #include <gtest/gtest.h>
 
-#include "CaProfileService.h"
-#include "ChannelText.h"
 #include "Control.h"
 #include "Errors.h"
-#include "Recorder.h"
 #include "ServiceHub.h"
 #include "Settings.h"
 #include "SimTestUtil.h"
 #include "TempTv.h"
-#include "VirtualChannels.h"
 
 using nlohmann::json;
 
@@ -39,16 +35,6 @@ int ReadInt(const char* key) {
 
 int Focus() { return ReadInt("db/mls/mls_focus"); }
 int MlsState() { return ReadInt("memory/mls/state"); }
-
-ServiceData Find(uint64_t id) {
-  ServiceStore* store = nullptr;
-  ServiceHub::OpenServiceStore(&store);
-  ServiceQuery query;
-  query.Where(ATTR_SERVICE_ID, id);
-  ServiceData data;
-  if (store) store->FindService(query, &data, 1);
-  return data;
-}
 
 }  // namespace
 
@@ -105,55 +91,6 @@ TEST(Faults, HitEveryCallTheNthMatchingCallOrOneTarget) {
          return std::vector<int>{result, count, mode.antennaMode};
        },
        {7, 3, 0}},
-      {"null profile service and KPI sink", {{"op", "ProfileServiceInstance"}, {"null", true}},
-       [] {
-         return std::vector<int>{CaProfileService::ProfileServiceInstance() != nullptr,
-                                 VirtualChannels::GetVirtualChannelsAPI() != nullptr};
-       },
-       {0, 1}},
-      {"one profile", {{"op", "GetInstalledOperatorProfiles"}, {"result", 0}, {"target", "302"}},
-       [] {
-         std::list<OperatorProfile> profiles;
-         const bool ok = CaProfileService::ProfileServiceInstance()->GetInstalledOperatorProfiles(profiles, 0);
-         return std::vector<int>{ok, static_cast<int>(profiles.size())};
-       },
-       {0, 0}},
-      {"a record without table", {{"op", "FindService"}, {"no_table", true}, {"target", "7340035"}},
-       [] {
-         return std::vector<int>{Find(7340035).GetAttributeTable() != nullptr,
-                                 Find(7340036).GetAttributeTable() != nullptr};
-       },
-       {0, 1}},
-      {"a record without minor number", {{"op", "FindService"}, {"no_attribute", 14}},
-       [] {
-         ServiceData data = Find(7340035);
-         return std::vector<int>{data.GetAttributeTable()->GetAttribute(ATTR_MINOR_NUMBER) != nullptr,
-                                 data.GetAttributeTable()->GetAttribute(ATTR_MAJOR_NUMBER)->GetUint16()};
-       },
-       {0, 7}},
-      {"a failing text conversion", {{"op", "UnicodeToUtf8Buffer"}, {"result", 0}},
-       [] {
-         const uint16_t text[] = {0x4100, 0x4200};  // "AB", big-endian
-         char out[8] = "zzzzzzz";
-         return std::vector<int>{UnicodeToUtf8Buffer(out, 8, text, 2), out[0]};
-       },
-       {0, 'z'}},
-      {"a refused stop keeps the recording", {{"op", "rec_stop_recording"}, {"result", 3}},
-       [] {
-         uint64_t ids[2] = {0, 0};
-         int count = 0;
-         const int stopped = rec_stop_recording(7340034, 1, "org.norix.epg");
-         rec_get_recording_service_id_list(ids, 16, &count, 0);
-         return std::vector<int>{stopped, count};
-       },
-       {3, 1}},
-      {"a string operation answers nothing", {{"op", "GetChannelTypeString"}, {"result", 0}, {"target", "1/21"}},
-       [] {
-         return std::vector<int>{
-             static_cast<int>(ChannelText::GetChannelTypeString(TvMode(ANTENNA_MODE_0, ServiceMode(21)), CHANNEL_KIND_ANY).size()),
-             static_cast<int>(ChannelText::GetChannelTypeString(TvMode(ANTENNA_MODE_1, ServiceMode(21)), CHANNEL_KIND_ANY).size())};
-       },
-       {3, 0}},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -226,36 +163,4 @@ TEST(Faults, CountMatchingCallsAndCanBeClearedWhileRunning) {
   EXPECT_EQ(0, Main()->GetTvMode(mode));
   tv.ClearFaults();
   EXPECT_EQ(1, Main()->GetTvMode(mode));
-}
-
-TEST(CallLog, RecordsEveryPortCallWithArgumentsOutputsAndResult) {
-  tvtest::TempTv tv;
-  tv.LoadFile("sample.json");
-  tv.AddFault({{"op", "vconf_get_bool"}, {"result", -4}});
-  Navigator* navigator = Main();
-  TvMode mode;
-  navigator->GetTvMode(mode);
-  navigator->SetTvMode(TvMode(ANTENNA_MODE_1, ServiceMode(21)), "");
-  int value = 0;
-  vconf_get_int("db/menu/picture/pip/onoff", &value);
-  vconf_get_bool("db/menu/Broadcast/setting/SatelliteSystem/SatelliteAntConnectionType", &value);
-  rec_stop_recording(7340034, 1, "org.norix.epg");
-
-  const json calls = tv.Show()["calls"];
-  std::vector<std::string> ops;
-  for (const json& call : calls) {
-    ops.push_back(call["op"]);
-    EXPECT_FALSE(call["time"].get<std::string>().empty());
-    EXPECT_GT(call["pid"].get<int>(), 0);
-  }
-  EXPECT_EQ((std::vector<std::string>{"OpenNavigator", "GetTvMode", "SetTvMode", "vconf_get_int", "vconf_get_bool",
-                                      "rec_stop_recording"}), ops);
-  ASSERT_EQ(6u, calls.size());
-  EXPECT_EQ(json({{"profile", 1}, {"index", 0}}), calls[0]["args"]);
-  EXPECT_EQ(json({0, 1, -4}), json({calls[0]["result"], calls[1]["result"], calls[4]["result"]}));
-  EXPECT_EQ(json({{"antenna", 0}, {"service", 21}}), calls[1]["out"]);
-  EXPECT_EQ(json({1, 21}), json({calls[2]["args"]["antenna"], calls[2]["args"]["service"]}));
-  EXPECT_EQ(json({"db/menu/picture/pip/onoff", 0}), json({calls[3]["args"]["key"], calls[3]["out"]["value"]}));
-  EXPECT_TRUE(calls[4]["out"].contains("fault"));
-  EXPECT_EQ(json({7340034u, "org.norix.epg"}), json({calls[5]["args"]["service_id"], calls[5]["args"]["caller"]}));
 }

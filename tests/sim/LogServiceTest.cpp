@@ -52,24 +52,6 @@ TEST(LogService, WritesOneLinePerCallWithTimePidBufferPriorityAndTag) {
   EXPECT_EQ(std::tuple(3, 3, std::string("other"), std::string("")), fields(3));
 }
 
-TEST(LogService, TempTvPicksTheApplicationsLinesByFunctionBufferAndPriority) {
-  tvtest::TempTv tv;
-  __dlog_print(LOG_ID_MAIN, DLOG_WARN, "antenna-selection", "%s: %s(%d) > %s\n", "Util.cpp", "GetTvMode", 57, "a");
-  __dlog_print(LOG_ID_SYSTEM, DLOG_WARN, "antenna-selection", "%s: %s(%d) > \n", "Util.cpp", "GetTvMode", 60);
-  __dlog_print(LOG_ID_MAIN, DLOG_WARN, "someone-else", "%s: %s(%d) > %s\n", "X.cpp", "GetTvMode", 1, "b");
-  EXPECT_EQ((std::vector<std::string>{"a", ""}), tv.AppMessages());
-  EXPECT_TRUE(tv.Logged("GetTvMode", "a", LOG_ID_MAIN, DLOG_WARN));
-  EXPECT_TRUE(tv.Logged("GetTvMode", "", LOG_ID_SYSTEM, DLOG_WARN));
-  EXPECT_FALSE(tv.Logged("GetTvMode", "a", LOG_ID_SYSTEM, DLOG_WARN));
-  EXPECT_FALSE(tv.Logged("GetTvMode", "a", LOG_ID_MAIN, DLOG_INFO));
-  EXPECT_FALSE(tv.Logged("SetTvMode", "a", LOG_ID_MAIN, DLOG_WARN));
-  EXPECT_FALSE(tv.Logged("GetTvMode", "b", LOG_ID_MAIN, DLOG_WARN));
-  tv.ClearLogs();
-  EXPECT_TRUE(tv.Logs().empty());
-  __dlog_print(LOG_ID_MAIN, DLOG_INFO, "antenna-selection", "%s: %s(%d) > after\n", "A.cpp", "F", 2);
-  EXPECT_EQ((std::vector<std::string>{"after"}), tv.AppMessages());
-}
-
 TEST(LogService, CutsALongMessageToItsDocumentedLengthNeverInsideACharacter) {
   tvtest::TempTv tv;
   const std::string a1023(1023, 'a'), a1024(1024, 'a');

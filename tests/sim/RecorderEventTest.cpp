@@ -1,7 +1,7 @@
 // Recorder events sent from outside (tvctl recorder-event, Control): they reach
 // the callback registered at the time, on the main loop, each once per process;
 // nothing sent before the registration or after the unregistration arrives, and
-// a process moved to another database hears that database's events.
+// a stop is reported on the loop, after the call.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -15,14 +15,9 @@ namespace {
 
 struct Heard {
   std::vector<rec_result> events;
-  bool unregisterOnFirst = false;
 };
 
-void OnEvent(rec_result result, void* data) {
-  auto* heard = static_cast<Heard*>(data);
-  heard->events.push_back(result);
-  if (heard->unregisterOnFirst && heard->events.size() == 1) rec_unregister_to_other_apps_cb(OnEvent);
-}
+void OnEvent(rec_result result, void* data) { static_cast<Heard*>(data)->events.push_back(result); }
 
 // A second function, so that a fresh registration is told apart from the first.
 void OnEventToo(rec_result result, void* data) { static_cast<Heard*>(data)->events.push_back(result); }
@@ -59,11 +54,6 @@ TEST(RecorderEvent, ReachesTheRegisteredCallbackOnTheLoopOnceWithItsWords) {
   ASSERT_TRUE(simtest::PumpUntil([&] { return heard.events.size() >= 3; }, 10.0));
   EXPECT_EQ((std::vector<int>{1, 2, 3}), EventsOf(heard));
 
-  // Loading a scenario clears the records, not the events' numbering.
-  tv.LoadFile("one-recording.json");
-  tvsim::Control(tv.DbPath()).SendRecorderEvent(4, 1);
-  ASSERT_TRUE(simtest::PumpUntil([&] { return heard.events.size() >= 4; }, 10.0));
-  EXPECT_EQ((std::vector<int>{1, 2, 3, 4}), EventsOf(heard));
   EXPECT_EQ(0, rec_unregister_to_other_apps_cb(OnEvent));
   rec_service_destroy();
 }
@@ -98,23 +88,21 @@ TEST(RecorderEvent, NothingSentBeforeRegistrationOrAfterItEndsArrives) {
   }
 }
 
-TEST(RecorderEvent, ACallbackMayUnregisterItselfWhileEventsAreWaiting) {
+// The recorder's own report of a stop: on the loop after rec_stop_recording
+// returned, with the scenario's event and result and the stopped id.
+TEST(RecorderEvent, AStopIsReportedOnTheLoopAfterTheCall) {
   tvtest::TempTv tv;
-  tvsim::Control control(tv.DbPath());
+  nlohmann::json scenario = simtest::ReadScenario("two-recordings.json");
+  scenario["recorder"] = {{"stop_report", {{"delay_ms", 0}, {"event", 1}, {"result", 0}}}};
+  tv.Load(scenario);
   Heard heard;
-  heard.unregisterOnFirst = true;
   rec_service_init();
   ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEvent, &heard));
-  control.SendRecorderEvent(20, 1);
-  control.SendRecorderEvent(21, 1);  // picked up in the same look, after the unregistration
+  ASSERT_EQ(0, rec_stop_recording(8388610, 1, "org.norix.epg"));
+  EXPECT_TRUE(heard.events.empty());  // not inside the call
   ASSERT_TRUE(simtest::PumpUntil([&] { return !heard.events.empty(); }, 10.0));
-
-  Heard witness;
-  ASSERT_EQ(0, rec_register_to_other_apps_cb(OnEventToo, &witness));
-  control.SendRecorderEvent(22, 1);
-  ASSERT_TRUE(simtest::PumpUntil([&] { return !witness.events.empty(); }, 10.0));
-  EXPECT_EQ(std::vector<int>{20}, EventsOf(heard));
-  EXPECT_EQ(std::vector<int>{22}, EventsOf(witness));
-  rec_unregister_to_other_apps_cb(OnEventToo);
+  EXPECT_EQ(std::vector<int>({1, 0, 8388610}),
+            std::vector<int>({heard.events[0].event, heard.events[0].result, heard.events[0].data[0]}));
+  rec_unregister_to_other_apps_cb(OnEvent);
   rec_service_destroy();
 }

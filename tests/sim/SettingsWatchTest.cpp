@@ -61,20 +61,3 @@ TEST(SettingsWatch, ChangesFromAnotherConnectionAndProcessArriveOnTheLoop) {
   EXPECT_EQ(0, vconf_ignore_key_changed(kPip, Record));
   EXPECT_EQ(Seen{kZoom}, once);
 }
-
-TEST(SettingsWatch, SimCodeWatchesAStringKeyUntilItUnwatches) {
-  tvtest::TempTv tv;
-  tv.LoadFile("sample.json");
-  std::vector<std::string> languages;
-  const int id = tvsim::WatchSetting("db/menu/system/language", [&](const std::string& key) {
-    const auto value = tvsim::ReadSetting(key);
-    languages.push_back(value ? value->text : "absent");
-  });
-  ASSERT_GT(id, 0);
-  tv.Set("db/menu/system/language", "ar_AE");
-  ASSERT_TRUE(simtest::PumpUntil([&] { return languages.size() == 1; }, 10.0));
-  tv.Run(simtest::Tvctl() + " reset");  // the key goes away: that is a change too
-  ASSERT_TRUE(simtest::PumpUntil([&] { return languages.size() == 2; }, 10.0));
-  EXPECT_EQ((std::vector<std::string>{"ar_AE", "absent"}), languages);
-  tvsim::UnwatchSetting(id);
-}

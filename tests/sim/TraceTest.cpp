@@ -1,9 +1,9 @@
 // The trace facility as the application's focus callbacks use it: silent by
-// default, one line per stored value when TVSIM_TRACE turns it on.
+// default, one line per stored value when TVSIM_TRACE turns it on (to a file,
+// as tests/app/PopupsTest.cpp reads it, or with 1 to the platform log).
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -17,21 +17,12 @@ using Lines = std::vector<std::string>;
 const char kSignature[] = "static void View::m_FocusedCB(void*, Evas_Object*, void*)";
 
 // What a focus callback does: one scope, values stored only while active.
-bool TracePoint(trace::TraceCodeLocation& location, const std::vector<const char*>& values,
-                const trace::TraceCondition* condition = nullptr) {
+bool TracePoint(trace::TraceCodeLocation& location, const std::vector<const char*>& values) {
   trace::TraceScope scope(location);
-  scope.SetCondition(condition);
   trace::TraceScopeHandler handler = trace::TraceScopeHandler::Instance(scope);
   if (!handler.IsActive()) return false;
   for (const char* value : values) scope.m_Store(value);
   return true;
-}
-
-Lines ReadLines(const std::string& path) {
-  Lines lines;
-  std::ifstream in(path);
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
 }
 
 class TraceTest : public ::testing::Test {
@@ -53,47 +44,6 @@ TEST_F(TraceTest, IsSilentUnlessTurnedOnAndGoesToThePlatformLogWithOne) {
     if (line.tag == "tvsim-trace") traced.push_back(line.message);
   }
   EXPECT_EQ(traced, (Lines{std::string("src/View.cpp:42 ") + kSignature + " item 0 char const* \"1\""}));
-}
-
-TEST_F(TraceTest, WritesEachStoredValueWithItsLocationIndexAndTypeAndQueuesTheLatest) {
-  tvtest::TempTv tv;
-  const std::string file = tv.Dir() + "/trace.txt";
-  setenv("TVSIM_TRACE", file.c_str(), 1);
-  static trace::TraceCodeLocation first("src/View.cpp", 1270, kSignature);
-  static trace::TraceCodeLocation second("src/List.cpp", 8, "void List::Cb()");
-
-  ASSERT_TRUE(TracePoint(first, {"Air", nullptr, "say \"hi\"\n"}));
-  ASSERT_TRUE(TracePoint(second, {"Cable"}));
-  const trace::TraceCondition onlySecondItem({1});
-  ASSERT_TRUE(TracePoint(first, {"skipped", "kept", "skipped too"}, &onlySecondItem));
-
-  const std::string at = std::string("src/View.cpp:1270 ") + kSignature;
-  const Lines expected = {
-      at + " item 0 char const* \"Air\"",
-      at + " item 1 char const* null",
-      at + " item 2 char const* \"say \\\"hi\\\"\\x0a\"",
-      "src/List.cpp:8 void List::Cb() item 0 char const* \"Cable\"",
-      at + " item 1 char const* \"kept\"",
-  };
-  EXPECT_EQ(ReadLines(file), expected);
-  const auto queue = trace::TracePattern::Instance()->Queue();
-  EXPECT_EQ(Lines(queue.begin(), queue.end()), expected);
-  // Each location keeps its own slot, the same on every pass.
-  EXPECT_GT(first.m_nSlot, 0);
-  EXPECT_GT(second.m_nSlot, 0);
-  EXPECT_NE(first.m_nSlot, second.m_nSlot);
-
-  // The queue keeps only the most recent lines; the file keeps them all.
-  std::vector<std::string> texts;
-  for (int i = 0; i < 70; ++i) texts.push_back(std::to_string(i));
-  std::vector<const char*> values;
-  for (const std::string& text : texts) values.push_back(text.c_str());
-  ASSERT_TRUE(TracePoint(second, values));
-  const auto latest = trace::TracePattern::Instance()->Queue();
-  ASSERT_EQ(latest.size(), trace::TracePattern::kCapacity);
-  EXPECT_EQ(latest.front(), "src/List.cpp:8 void List::Cb() item 6 char const* \"6\"");
-  EXPECT_EQ(latest.back(), "src/List.cpp:8 void List::Cb() item 69 char const* \"69\"");
-  EXPECT_EQ(ReadLines(file).size(), 75u);
 }
 
 }  // namespace

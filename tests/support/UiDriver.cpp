@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 
 namespace tvtest {
 
@@ -130,50 +129,7 @@ std::vector<std::string> RowTexts(Evas_Object* genlist, const char* part) {
   return texts;
 }
 
-bool SaveScreenshot(Evas_Object* window, const std::string& path) {
-  // What is on screen now, signals and all.
-  edje_message_signal_process();
-  RenderedOnce(window);
-  Ecore_Evas* ee = ecore_evas_ecore_evas_get(evas_object_evas_get(window));
-  int width = 0, height = 0;
-  ecore_evas_geometry_get(ee, nullptr, nullptr, &width, &height);
-  const void* pixels = ecore_evas_buffer_pixels_get(ee);
-  if (pixels == nullptr || width <= 0 || height <= 0) return false;
-  std::error_code ignored;
-  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
-
-  // A second canvas: a dark backdrop standing in for the TV picture, the window on top.
-  Ecore_Evas* shot = ecore_evas_buffer_new(width, height);
-  Evas* evas = ecore_evas_get(shot);
-  Evas_Object* backdrop = evas_object_rectangle_add(evas);
-  evas_object_color_set(backdrop, 38, 52, 64, 255);
-  evas_object_resize(backdrop, width, height);
-  evas_object_show(backdrop);
-  Evas_Object* image = evas_object_image_filled_add(evas);
-  evas_object_image_alpha_set(image, EINA_TRUE);
-  evas_object_image_size_set(image, width, height);
-  evas_object_image_data_copy_set(image, const_cast<void*>(pixels));
-  evas_object_image_data_update_add(image, 0, 0, width, height);
-  evas_object_resize(image, width, height);
-  evas_object_show(image);
-  ecore_evas_manual_render(shot);
-  Evas_Object* out = evas_object_image_add(evas);
-  evas_object_image_alpha_set(out, EINA_FALSE);
-  evas_object_image_size_set(out, width, height);
-  evas_object_image_data_copy_set(out, const_cast<void*>(ecore_evas_buffer_pixels_get(shot)));
-  const bool saved = evas_object_image_save(out, path.c_str(), nullptr, nullptr);
-  ecore_evas_free(shot);
-  return saved;
-}
-
-std::string ArtefactPath(const std::string& name) {
-  return std::string(TV_BINARY_DIR) + "/test-artefacts/" + name + ".png";
-}
-
-void ReportFailure(Evas_Object* window, const TempTv& tv) {
-  if (window == nullptr) return;
-  const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-  SaveScreenshot(window, ArtefactPath(std::string(info->test_suite_name()) + "." + info->name()));
+void ReportFailure(const TempTv& tv) {
   std::string log;
   for (const std::string& message : tv.AppMessages()) log += "  " + message + "\n";
   ADD_FAILURE() << "application log:\n" << log;

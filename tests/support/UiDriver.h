@@ -1,6 +1,6 @@
 // Driving the application's widgets in process on the buffer engine: pump the
 // main loop, give the window the input focus, feed remote-control keys, find
-// widgets and save what the screen shows.
+// widgets and read their texts.
 #pragma once
 
 #include <Elementary.h>
@@ -47,15 +47,8 @@ std::string FocusedRowText(Evas_Object* genlist, const char* part = "elm.text");
 // The texts of every row, in order.
 std::vector<std::string> RowTexts(Evas_Object* genlist, const char* part = "elm.text");
 
-// Saves what the window shows as a PNG over a neutral backdrop (the window
-// itself is transparent, like a TV overlay); false on failure.
-bool SaveScreenshot(Evas_Object* window, const std::string& path);
-// build/test-artefacts/<name>.png
-std::string ArtefactPath(const std::string& name);
-
 class TempTv;
-// After a failed UI test: saves the window as <Suite>.<Test>.png and adds the
-// application's log lines to the failure.
-void ReportFailure(Evas_Object* window, const TempTv& tv);
+// After a failed UI test: adds the application's log lines to the failure.
+void ReportFailure(const TempTv& tv);
 
 }  // namespace tvtest
