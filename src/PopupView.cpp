@@ -30,9 +30,6 @@ void CPopupView::t_Create() {
   }
   // The window may take the popup down with it; forget the pointer then.
   evas_object_event_callback_add(m_pPopup, EVAS_CALLBACK_DEL, m_PopupDelCB, this);
-  // From now on: the keys that come with the window's focus may be handled
-  // before the popup is shown.
-  m_HoldKeys();
   Update();
 }
 

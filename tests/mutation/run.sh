@@ -373,11 +373,11 @@ const double kEnlargedScale = 1.3;
 === 62 src/main.cpp : an Arabic start is not mirrored
   if (Util::ReverseOSD()) elm_config_mirrored_set(EINA_TRUE);
 ---
-=== 63 src/PopupView.cpp : keys are not held from the popup's creation
+=== 63 src/PopupView.cpp : keys pressed before the row has the focus are not held
+  m_rowFocus.bPending = true;
   m_HoldKeys();
-  Update();
 ---
-  Update();
+  m_rowFocus.bPending = true;
 === 64 src/PopupView.cpp : the window's focus does not retry the row focus
     pThis->m_TryRowFocus();
     return;
