@@ -410,8 +410,15 @@ Eina_Bool Framework::OnMapped(void* data, int, void* event) {
   const auto* mapped = static_cast<const Ecore_X_Event_Window_Show*>(event);
   for (const Window& w : self->m_windows) {
     if (elm_win_xwindow_get(w.object) != mapped->win) continue;
+    // Where it is on the screen: a window manager's frame holds it at the frame's origin.
     int x = 0, y = 0;
-    ecore_x_window_geometry_get(mapped->win, &x, &y, nullptr, nullptr);
+    const Ecore_X_Window root = ecore_x_window_root_get(mapped->win);
+    for (Ecore_X_Window win = mapped->win; win != 0 && win != root; win = ecore_x_window_parent_get(win)) {
+      int dx = 0, dy = 0;
+      ecore_x_window_geometry_get(win, &dx, &dy, nullptr, nullptr);
+      x += dx;
+      y += dy;
+    }
     if (x != 0 || y != 0) ecore_x_window_move(mapped->win, 0, 0);
     ecore_x_window_focus(mapped->win);
   }

@@ -395,3 +395,6 @@ const double kEnlargedScale = 1.3;
 ---
   const std::string strName = Util::GetServiceName(&data);
   const std::string strNumber = Util::GetServiceNumberString(&data);
+=== 67 sim/framework/AppFramework.cpp : a window a window manager placed away from the screen's corner stays there
+    if (x != 0 || y != 0) ecore_x_window_move(mapped->win, 0, 0);
+---

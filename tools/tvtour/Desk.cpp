@@ -172,7 +172,14 @@ void Desk::UseWindowManager(bool on) {
   while (NowSeconds() < deadline) {
     XWindowAttributes attributes;
     XGetWindowAttributes(m_display, DefaultRootWindow(m_display), &attributes);
-    if (attributes.all_event_masks & SubstructureRedirectMask) return;
+    if (attributes.all_event_masks & SubstructureRedirectMask) {
+      // A desktop manager places new windows at the pointer: put it mid-screen,
+      // where a screen-sized window placed there would hang off the edges.
+      XWarpPointer(m_display, None, DefaultRootWindow(m_display), 0, 0, 0, 0, attributes.width / 2,
+                   attributes.height / 2);
+      XSync(m_display, False);
+      return;
+    }
     int status = 0;
     if (waitpid(m_wm, &status, WNOHANG) == m_wm) break;
     pollfd pfd{Fd(), POLLIN, 0};
@@ -181,6 +188,26 @@ void Desk::UseWindowManager(bool on) {
   }
   StopWindowManager();
   throw std::runtime_error("evilwm did not start (is the package evilwm installed?)");
+}
+
+bool Desk::AppOnScreen(std::string* where) {
+  if (m_app == 0) {
+    *where = "no window";
+    return false;
+  }
+  const Window root = DefaultRootWindow(m_display);
+  XWindowAttributes screen, window;
+  int x = 0, y = 0;
+  Window child = 0;
+  if (!XGetWindowAttributes(m_display, root, &screen) || !XGetWindowAttributes(m_display, m_app, &window) ||
+      !XTranslateCoordinates(m_display, m_app, root, 0, 0, &x, &y, &child)) {
+    *where = "the window cannot be read";
+    return false;
+  }
+  *where = std::to_string(window.width) + "x" + std::to_string(window.height) + " at " + std::to_string(x) + "," +
+           std::to_string(y) + " on a " + std::to_string(screen.width) + "x" + std::to_string(screen.height) +
+           " screen";
+  return x >= 0 && y >= 0 && x + window.width <= screen.width && y + window.height <= screen.height;
 }
 
 void Desk::StopWindowManager() {

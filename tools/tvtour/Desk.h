@@ -38,6 +38,8 @@ class Desk {
   bool AppMapped() const { return m_app != 0 && m_appMapped; }
   bool AppGone() const { return m_appGone; }
   bool AppFocused();
+  // Whether the program's window lies wholly on the screen; where it is, in *where.
+  bool AppOnScreen(std::string* where);
 
   // Gives the window the input focus; the X error, if any, in *error.
   bool Focus(Window window, std::string* error);

@@ -351,6 +351,11 @@ void Run::Expect(const Step& step, StepResult& result) {
                        (m_program.Ended() ? " (the program " + m_program.HowEnded() + ")" : ""));
     }
     result.message = shown ? "shown" : "gone";
+    if (shown && a.value("on_screen", false)) {
+      std::string where;
+      if (!m_desk.AppOnScreen(&where)) throw StepFailed("the window is not wholly on the screen: " + where);
+      result.message += ", " + where;
+    }
   }
   if (!step.mark.empty()) m_marks[step.mark] = NowMs();
 }

@@ -310,8 +310,9 @@ class StepReader {
       if (v.contains("row")) detail += " row " + Describe(v.at("row"));
       if (v.contains("text")) detail += " \"" + v.at("text").get<std::string>() + "\"";
     } else if (what == "window") {
-      Members({"expect", "shown"}, {"shown"});
+      Members({"expect", "shown", "on_screen"}, {"shown"});
       detail = r.Flag(v.at("shown"), Path("shown")) ? " shown" : " gone";
+      if (v.contains("on_screen") && r.Flag(v.at("on_screen"), Path("on_screen"))) detail += " on screen";
     } else if (what == "tv") {
       Members({"expect", "pointer", "equals"}, {"pointer", "equals"});
       Pointer("pointer");
