@@ -3,6 +3,7 @@
 #include <Ecore_Input.h>
 #include <Efl_Ui.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -114,7 +115,7 @@ void CPopupView::t_StopRowFocus() {
     evas_object_smart_callback_del_full(m_rowFocus.pGenlist, "realized", m_RowRealizedCB, this);
     evas_object_smart_callback_del_full(m_rowFocus.pGenlist, "item,focused", m_RowFocusedCB, this);
   }
-  m_ReleaseKeys();
+  m_DropHold();
   m_rowFocus = RowFocus();
 }
 
@@ -129,14 +130,27 @@ void CPopupView::m_HoldKeys() {
   m_rowFocus.pKeyUpHold = ecore_event_handler_prepend(ECORE_EVENT_KEY_UP, m_KeyHoldCB, this);
 }
 
-// Held keys go back to the main loop in their order, behind anything queued
-// meanwhile; from now on keys pass.
+// Held keys go back to the main loop in their order, at the end of its queue.
+// Keys already queued before them (pressed while the row was being focused)
+// would come first: they are sent behind them, until the released keys have
+// been handled; then keys pass.
 void CPopupView::m_ReleaseKeys() {
+  for (const HeldKey& held : m_vecHeldKeys) {
+    ecore_event_add(held.type, held.pEvent, nullptr, nullptr);
+    m_vecReplayedKeys.push_back(held.pEvent);
+  }
+  m_vecHeldKeys.clear();
+  if (m_vecReplayedKeys.empty()) m_DropHold();
+}
+
+// Keys pass from now on; the ones still held go back to the main loop.
+void CPopupView::m_DropHold() {
   if (m_rowFocus.pKeyDownHold) ecore_event_handler_del(m_rowFocus.pKeyDownHold);
   if (m_rowFocus.pKeyUpHold) ecore_event_handler_del(m_rowFocus.pKeyUpHold);
   m_rowFocus.pKeyDownHold = m_rowFocus.pKeyUpHold = nullptr;
   for (const HeldKey& held : m_vecHeldKeys) ecore_event_add(held.type, held.pEvent, nullptr, nullptr);
   m_vecHeldKeys.clear();
+  m_vecReplayedKeys.clear();
 }
 
 void CPopupView::m_QueueRowFocus() {
@@ -250,8 +264,21 @@ void CPopupView::m_RowRealizedCB(void* data, Evas_Object*, void* event) {
 Eina_Bool CPopupView::m_KeyHoldCB(void* data, int type, void* event) {
   auto* pThis = static_cast<CPopupView*>(data);
   if (pThis == nullptr || event == nullptr) return ECORE_CALLBACK_PASS_ON;
+  std::vector<Ecore_Event_Key*>& replayed = pThis->m_vecReplayedKeys;
+  const auto it = std::find(replayed.begin(), replayed.end(), event);
+  if (it != replayed.end()) {
+    replayed.erase(it);
+    if (replayed.empty() && !pThis->m_rowFocus.bPending) pThis->m_DropHold();
+    return ECORE_CALLBACK_PASS_ON;
+  }
   Ecore_Event_Key* pCopy = m_CopyKey(static_cast<const Ecore_Event_Key*>(event));
   if (pCopy == nullptr) return ECORE_CALLBACK_PASS_ON;
+  if (!pThis->m_rowFocus.bPending) {
+    // Queued before the released keys: behind them.
+    ecore_event_add(type, pCopy, nullptr, nullptr);
+    replayed.push_back(pCopy);
+    return ECORE_CALLBACK_DONE;
+  }
   pThis->m_vecHeldKeys.push_back({type, pCopy});
   // A key for a window that never got the input focus (nobody gave it): the
   // row can only take the focus once the window has it.

@@ -75,6 +75,7 @@ class CPopupView : public CView {
   void m_QueueRowFocus();
   void m_HoldKeys();
   void m_ReleaseKeys();
+  void m_DropHold();
   void m_HookRender();
   void m_UnhookRender();
 
@@ -89,4 +90,7 @@ class CPopupView : public CView {
 
   RowFocus m_rowFocus;
   std::vector<HeldKey> m_vecHeldKeys;  // oldest first
+  // Released keys back in the main loop's queue, not yet handled: until they
+  // are, a key queued before them goes behind them.
+  std::vector<Ecore_Event_Key*> m_vecReplayedKeys;
 };

@@ -123,6 +123,25 @@ TEST_F(AntennaPopup, RecordingsAndRecordableTunersDecideWhetherThePickSwitchesAs
   }
 }
 
+// Keys the display queues for a window that has no focus yet: the first one
+// held asks for the focus, the row takes it, and the keys queued behind it
+// meanwhile must still come after it. Down then Return picks the next row.
+TEST_F(AntennaPopup, KeysQueuedBeforeTheRowHasTheFocusApplyInTheirOrder) {
+  AntennaSelectionPopup::DestroyInstance();
+  tv.Load(Quiet());
+  tvsim::ResetExitRequests();
+  m_pWindow = Util::GetWindow();
+  tvtest::ShowOnScreen(m_pWindow);
+  ecore_evas_focus_set(ecore_evas_ecore_evas_get(evas_object_evas_get(m_pWindow)), EINA_FALSE);
+  AntennaSelectionPopup::GetInstance()->Show();
+  ASSERT_TRUE(tvtest::RenderedOnce(m_pWindow));
+  ASSERT_EQ("", FocusedRow());
+  tvtest::QueueKey(m_pWindow, "Down");
+  tvtest::QueueKey(m_pWindow, "Return");
+  EXPECT_TRUE(tvtest::PumpUntil([] { return tvsim::ExitRequests() > 0; }, 2.0));
+  EXPECT_TRUE(SwitchedTo(1, 21));
+}
+
 TEST_F(AntennaPopup, AnEmptyListOffersCloseAndWithoutACurrentRowTheFirstPickCounts) {
   Open(tvtest::Scenario("empty.json"), false);
   EXPECT_TRUE(tvtest::ShownRows().empty());

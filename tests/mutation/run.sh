@@ -398,3 +398,12 @@ const double kEnlargedScale = 1.3;
 === 67 sim/framework/AppFramework.cpp : a window a window manager placed away from the screen's corner stays there
     if (x != 0 || y != 0) ecore_x_window_move(mapped->win, 0, 0);
 ---
+=== 68 src/PopupView.cpp : released keys go behind the keys queued while the row took the focus
+  for (const HeldKey& held : m_vecHeldKeys) {
+    ecore_event_add(held.type, held.pEvent, nullptr, nullptr);
+    m_vecReplayedKeys.push_back(held.pEvent);
+  }
+  m_vecHeldKeys.clear();
+  if (m_vecReplayedKeys.empty()) m_DropHold();
+---
+  m_DropHold();

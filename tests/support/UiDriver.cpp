@@ -1,5 +1,7 @@
 #include "UiDriver.h"
 
+#include <Ecore_Evas.h>
+#include <Ecore_Input.h>
 #include <gtest/gtest.h>
 
 #include "TempTv.h"
@@ -73,6 +75,20 @@ void FeedKey(Evas_Object* window, const char* key) {
   Evas* evas = evas_object_evas_get(window);
   evas_event_feed_key_down(evas, key, key, nullptr, nullptr, ++s_timestamp, nullptr);
   evas_event_feed_key_up(evas, key, key, nullptr, nullptr, ++s_timestamp, nullptr);
+}
+
+void QueueKey(Evas_Object* window, const char* key) {
+  Ecore_Evas* ee = ecore_evas_ecore_evas_get(evas_object_evas_get(window));
+  const Ecore_Window id = ecore_evas_window_get(ee);  // the id the canvas takes input events for
+  for (int type : {ECORE_EVENT_KEY_DOWN, ECORE_EVENT_KEY_UP}) {
+    // One allocation with its text, as the main loop frees it.
+    auto* event = static_cast<Ecore_Event_Key*>(calloc(1, sizeof(Ecore_Event_Key) + strlen(key) + 1));
+    char* name = strcpy(reinterpret_cast<char*>(event + 1), key);
+    event->keyname = event->key = event->string = name;
+    event->window = event->root_window = event->event_window = id;
+    event->timestamp = ++s_timestamp;
+    ecore_event_add(type, event, nullptr, nullptr);
+  }
 }
 
 void PressKey(Evas_Object* window, const char* key) {

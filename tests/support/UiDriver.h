@@ -31,6 +31,10 @@ void FocusWindow(Evas_Object* window);
 void PressKey(Evas_Object* window, const char* key);
 // The same without running the loop, for code already running inside it.
 void FeedKey(Evas_Object* window, const char* key);
+// Queues one press and release on the main loop, as the display's key events
+// come: they reach the canvas only when the loop handles them, behind what is
+// queued already.
+void QueueKey(Evas_Object* window, const char* key);
 
 // Every top-level widget of the window's canvas whose type is `type`
 // ("Elm_Popup", ...), visible or not. Widgets inside them are reached through
