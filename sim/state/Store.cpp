@@ -215,7 +215,12 @@ void Store::Close() {
 }
 
 Store::~Store() {
-  if (m_pPassEnd != nullptr && ecore_main_loop_nested_get() > 0) ecore_idle_enterer_del(m_pPassEnd);
+  // The loop may have stopped before it went idle: the pass's end must not
+  // come to a store that is gone. The reference taken with it keeps Ecore up.
+  if (m_pPassEnd != nullptr) {
+    ecore_idle_enterer_del(m_pPassEnd);
+    ecore_shutdown();
+  }
   Close();
 }
 
@@ -297,7 +302,11 @@ void Store::HoldReadsForPass() {
   // A read that cannot be held this way is simply not held.
   if (sqlite3_exec(m_db, "BEGIN", nullptr, nullptr, nullptr) != SQLITE_OK) return;
   m_bPassRead = true;
-  if (m_pPassEnd == nullptr) m_pPassEnd = ecore_idle_enterer_add(OnPassEnd, this);
+  if (m_pPassEnd == nullptr) {
+    ecore_init();  // held while the pass's end is pending, however the program ends
+    m_pPassEnd = ecore_idle_enterer_add(OnPassEnd, this);
+    if (m_pPassEnd == nullptr) ecore_shutdown();
+  }
 }
 
 void Store::EndPassRead() {
@@ -310,6 +319,7 @@ Eina_Bool Store::OnPassEnd(void* data) {
   auto* self = static_cast<Store*>(data);
   self->m_pPassEnd = nullptr;
   self->EndPassRead();
+  ecore_shutdown();  // not the last reference: the loop that called this holds one
   return ECORE_CALLBACK_CANCEL;
 }
 
