@@ -35,7 +35,7 @@ class CPopupView : public CView {
   // toolkit takes it: at once when the window has the focus and the row is in
   // the list's focus order, else when the window gets the focus or the row gets
   // there. (Focusing a row earlier is refused or lost.) Keys (held from
-  // t_Create on) are replayed in order once the row has the focus, so that the
+  // here on) are replayed in order once the row has the focus, so that the
   // viewer's first Down moves from this row. Without a row the list gets the focus, or, when the list is
   // empty, `pFallback`. Later, a window that gets the focus back gives the
   // list's row focus back too.

@@ -86,14 +86,12 @@ json Control::ListFaults() {
 void Control::ClearFaults() {
   Store::Transaction transaction(m_store);
   m_store.Exec("DELETE FROM faults");
-  NoteFaultsChanged();
   transaction.Commit();
 }
 
 void Control::ClearFault(int64_t id) {
   Store::Transaction transaction(m_store);
   m_store.Prepare("DELETE FROM faults WHERE id = ?").Bind(1, id).Run();
-  NoteFaultsChanged();
   auto changes = m_store.Prepare("SELECT changes()");
   changes.Step();
   if (changes.Int(0) == 0) throw UsageError("no fault with id " + std::to_string(id));

@@ -81,7 +81,6 @@ void ClearTv(Store& store) {
       "DELETE FROM service_counts; "
       "DELETE FROM profiles; DELETE FROM settings; DELETE FROM recordings; DELETE FROM config; "
       "DELETE FROM faults; DELETE FROM sqlite_sequence WHERE name IN ('recordings', 'faults')");
-  NoteFaultsChanged();
   ClearRecords(store);
 }
 

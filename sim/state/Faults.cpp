@@ -1,7 +1,5 @@
 #include "Faults.h"
 
-#include <Ecore.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstring>
@@ -184,7 +182,6 @@ json FaultToJson(const Fault& fault) {
 }
 
 int64_t InsertFault(Store& store, const Fault& fault) {
-  NoteFaultsChanged();
   store.Prepare("INSERT INTO faults(op, target, nth, result, is_null, no_table, no_attribute, keep_outputs) VALUES(?,?,?,?,?,?,?,?)")
       .Bind(1, fault.op)
       .BindOptional(2, fault.target)
@@ -234,33 +231,22 @@ std::vector<Fault> ListFaults(Store& store) { return Read(store, std::nullopt); 
 
 namespace {
 
-struct FaultedOps {
-  const Store* store = nullptr;
-  double loopTime = -1;
-  int64_t generation = -1;
-  std::set<std::string> ops;
-};
-
-int64_t s_generation = 0;
-
-// True when op certainly has no fault: known from earlier in this pass of the main loop.
+// True when op certainly has no fault: known from earlier in the same held read
+// (one pass of the main loop; a write, a fault's own included, ends it).
 bool NoFaultThisPass(Store& store, const std::string& op) {
-  static FaultedOps cache;
-  if (ecore_main_loop_nested_get() == 0) return false;  // outside the loop: ask every time
-  const double now = ecore_loop_time_get();
-  if (cache.store != &store || cache.loopTime != now || cache.generation != s_generation) {
-    cache.ops.clear();
-    for (auto s = store.Prepare("SELECT DISTINCT op FROM faults"); s.Step();) cache.ops.insert(s.Text(0));
-    cache.store = &store;
-    cache.loopTime = now;
-    cache.generation = s_generation;
+  static uint64_t s_pass = 0;
+  static std::set<std::string> s_ops;
+  const uint64_t pass = store.HeldReadPass();
+  if (pass == 0) return false;  // no held read: ask every time
+  if (pass != s_pass) {
+    s_ops.clear();
+    for (auto s = store.Prepare("SELECT DISTINCT op FROM faults"); s.Step();) s_ops.insert(s.Text(0));
+    s_pass = pass;
   }
-  return cache.ops.count(op) == 0;
+  return s_ops.count(op) == 0;
 }
 
 }  // namespace
-
-void NoteFaultsChanged() { ++s_generation; }
 
 std::optional<Fault> TakeFault(Store& store, const std::string& op, const std::vector<std::string>& targets) {
   if (NoFaultThisPass(store, op)) return std::nullopt;

@@ -36,13 +36,9 @@ std::vector<Fault> ListFaults(Store& store);
 
 // Counts this call against every fault of op that targets it and returns the
 // first fault that fires, if any. targets are the call's targets in text form.
-// Inside one pass of the main loop the operations that have faults are read once
-// (a start makes some 200 port calls, and faults are rare): a fault another
-// process sets applies from the next pass.
+// Within one held read of the store (Store::HoldReadsForPass) the operations that
+// have faults are read once (a start makes some 200 port calls, and faults are
+// rare): a fault another process sets applies from the next pass.
 std::optional<Fault> TakeFault(Store& store, const std::string& op, const std::vector<std::string>& targets);
-
-// Called by whatever adds or removes faults in this process, so that the next
-// call looks at the table again.
-void NoteFaultsChanged();
 
 }  // namespace tvsim

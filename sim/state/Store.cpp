@@ -301,7 +301,9 @@ void Store::HoldReadsForPass() {
   if (m_bPassRead || ecore_main_loop_nested_get() == 0) return;
   // A read that cannot be held this way is simply not held.
   if (sqlite3_exec(m_db, "BEGIN", nullptr, nullptr, nullptr) != SQLITE_OK) return;
+  static uint64_t s_lastPass = 0;  // across stores: a reopened store starts no number again
   m_bPassRead = true;
+  m_nPassRead = ++s_lastPass;
   if (m_pPassEnd == nullptr) {
     ecore_init();  // held while the pass's end is pending, however the program ends
     m_pPassEnd = ecore_idle_enterer_add(OnPassEnd, this);

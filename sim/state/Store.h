@@ -87,6 +87,8 @@ class Store {
   // read transaction (one snapshot, one lock) instead of one each; a write
   // transaction ends it first. Outside the loop: nothing.
   void HoldReadsForPass();
+  // The held read's number, unique in this process; 0 while none is held.
+  uint64_t HeldReadPass() const { return m_bPassRead ? m_nPassRead : 0; }
 
   // One write transaction; rolls back unless Commit() was called.
   class Transaction {
@@ -114,6 +116,7 @@ class Store {
   sqlite3* m_db = nullptr;
   bool m_bReadOnly = false;
   bool m_bPassRead = false;
+  uint64_t m_nPassRead = 0;
   Ecore_Idle_Enterer* m_pPassEnd = nullptr;
   std::map<std::string, sqlite3_stmt*> m_statements;
 };
