@@ -1,6 +1,6 @@
 // One running application per TV: a second start hands its launch request to the
 // running instance, whichever of the two processes started first. The other
-// process is tests/sim/TinyApp.cpp, which prints its lifecycle callbacks.
+// process is tests/sim/framework/TinyApp.cpp, which prints its lifecycle callbacks.
 #include <memory>
 
 #include "SimTestUtil.h"
