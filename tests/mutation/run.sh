@@ -84,7 +84,7 @@ echo "mutation: the unmutated suite passes; planting faults"
 killed=0; total=0; stale=0; survivors=()
 for id in $(plant list); do
   if [ -n "${MUT_ONLY:-}" ] && [[ " $MUT_ONLY " != *" $id "* ]]; then continue; fi
-  (cd "$WORK" && tar cf "$WORK/.orig.tar" --exclude=./build --exclude=./.orig.tar src port sim tools res tests)
+  (cd "$WORK" && tar cf "$WORK/.orig.tar" --exclude=./build --exclude=./.orig.tar CMakeLists.txt src port sim tools res tests)
   info=$(plant apply "$id" 2>"$WORK/plant.err")
   rc=$?
   file=${info%%$'\t'*}; desc=${info#*$'\t'}
@@ -407,3 +407,13 @@ const double kEnlargedScale = 1.3;
   if (m_vecReplayedKeys.empty()) m_DropHold();
 ---
   m_DropHold();
+=== 69 CMakeLists.txt : the control room declares the framework, a room it must not use
+tv_add_sim_room(control PUBLIC sim_state nlohmann_json::nlohmann_json PRIVATE sim_ground)
+---
+tv_add_sim_room(control PUBLIC sim_state sim_framework nlohmann_json::nlohmann_json PRIVATE sim_ground)
+=== 70 CMakeLists.txt : the program compiles main.cpp with the include folders of the rooms it links
+add_executable(antenna-selection $<TARGET_OBJECTS:app_main>)
+target_link_libraries(antenna-selection PRIVATE app sim_framework sim_services)
+---
+add_executable(antenna-selection ${CMAKE_SOURCE_DIR}/src/main.cpp)
+target_link_libraries(antenna-selection PRIVATE app sim_framework sim_services)
