@@ -19,6 +19,16 @@ Navigator* Main() {
   return navigator;
 }
 
+// Opens two navigators, the first into a null pointer and the second into a
+// non-null one, so that each shows whether the call wrote it:
+// {result, opened, result, opened}.
+std::vector<int> OpenTwo(ProfileKind first, int firstIndex, ProfileKind second, int secondIndex) {
+  Navigator* a = nullptr;
+  Navigator* b = reinterpret_cast<Navigator*>(0x1);
+  return {ServiceHub::OpenNavigator(first, firstIndex, &a), a != nullptr,
+          ServiceHub::OpenNavigator(second, secondIndex, &b), b != nullptr};
+}
+
 int Count(int antenna, int service) {
   ServiceQuery query;
   NavigationQueries::GetNavigationCriteria(NAVIGATION_MODE_ALL, query, NAVIGATION_SORT_MODE_DEFAULT);
@@ -57,20 +67,10 @@ TEST(Faults, HitEveryCallTheNthMatchingCallOrOneTarget) {
        },
        {0, 2, -2, -1}},
       {"one screen's navigator is null", {{"op", "OpenNavigator"}, {"null", true}, {"target", "1"}},
-       [] {
-         Navigator* zero = nullptr;
-         Navigator* one = reinterpret_cast<Navigator*>(0x1);
-         return std::vector<int>{ServiceHub::OpenNavigator(PROFILE_SCREEN, 0, &zero), zero != nullptr,
-                                 ServiceHub::OpenNavigator(PROFILE_SCREEN, 1, &one), one != nullptr};
-       },
+       [] { return OpenTwo(PROFILE_SCREEN, 0, PROFILE_SCREEN, 1); },
        {0, 1, 0, 0}},
       {"the navigator opened for screen 0, not the main one", {{"op", "OpenNavigator"}, {"null", true}, {"target", "screen:0"}},
-       [] {
-         Navigator* main = nullptr;
-         Navigator* screen = reinterpret_cast<Navigator*>(0x1);
-         return std::vector<int>{ServiceHub::OpenNavigator(PROFILE_MAIN, 0, &main), main != nullptr,
-                                 ServiceHub::OpenNavigator(PROFILE_SCREEN, 0, &screen), screen != nullptr};
-       },
+       [] { return OpenTwo(PROFILE_MAIN, 0, PROFILE_SCREEN, 0); },
        {0, 1, 0, 0}},
       {"the main navigator only", {{"op", "OpenNavigator"}, {"result", -4}, {"target", "main"}},
        [] {
